@@ -1,0 +1,21 @@
+# Finds easylogging++, which comes as a header and a source to be compiled by its user, and defines
+# EasyLoggingPP::Headers. The header's class layouts depend on macros, so everybody who includes it must link this
+# target and get the same ones.
+
+find_path(EasyLoggingPP_INCLUDE_DIR easylogging++.h)
+find_file(EasyLoggingPP_SOURCE easylogging++.cc PATHS ${EasyLoggingPP_INCLUDE_DIR} PATH_SUFFIXES include)
+
+include(FindPackageHandleStandardArgs)
+find_package_handle_standard_args(EasyLoggingPP REQUIRED_VARS EasyLoggingPP_INCLUDE_DIR EasyLoggingPP_SOURCE)
+
+if(EasyLoggingPP_FOUND AND NOT TARGET EasyLoggingPP::Headers)
+    add_library(EasyLoggingPP::Headers INTERFACE IMPORTED)
+    target_include_directories(EasyLoggingPP::Headers SYSTEM INTERFACE ${EasyLoggingPP_INCLUDE_DIR})
+    target_compile_definitions(EasyLoggingPP::Headers INTERFACE
+        ELPP_THREAD_SAFE                    # messages come from any thread
+        ELPP_NO_DEFAULT_LOG_FILE            # loading the library creates no file
+        ELPP_FEATURE_CRASH_LOG              # crash reasons with a stack trace
+        ELPP_DISABLE_DEFAULT_CRASH_HANDLING # loading the library installs no signal handler
+    )
+endif()
+mark_as_advanced(EasyLoggingPP_INCLUDE_DIR EasyLoggingPP_SOURCE)

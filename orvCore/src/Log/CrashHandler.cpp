@@ -1,0 +1,46 @@
+#include <Orv/Log/CrashHandler.h>
+
+#include "Log/LogBackend_p.h"
+
+#include <QCoreApplication>
+
+#include <csignal>
+
+namespace {
+
+constexpr char Picture[] = "\n                   _..\n"
+                           "  /}_{\\           /.-'\n"
+                           " ( a a )-.___...-'/\n"
+                           " ==._.==         ;\n"
+                           "      \\ i _..._ /,\n"
+                           "      {_;/   {_// \n";
+static_assert(sizeof(Picture) - 1 == 124, "the picture is known by its letters");
+
+void interrupt(int signal)
+{
+    static bool interrupted = false;
+    if (!interrupted) {
+        interrupted = true;
+        Orv::LogBackend::write(el::Level::Info, Orv::LogBackend::DefaultLogger,
+            "Quit the application (user request signal):" + std::to_string(signal));
+        QCoreApplication::quit();
+    } else {
+        Orv::LogBackend::write(el::Level::Info, Orv::LogBackend::DefaultLogger, "Application terminated...");
+        QCoreApplication::exit(-1);
+    }
+}
+
+} // namespace
+
+void crashHandler(int signal)
+{
+    if (signal == SIGINT) {
+        interrupt(signal);
+        return;
+    }
+    Orv::LogBackend::write(el::Level::Error, Orv::LogBackend::DefaultLogger,
+        std::string(Picture) +
+            "The app has been shut down unexpectedly, please contact Support. Signal:" + std::to_string(signal));
+    el::Helpers::logCrashReason(signal, true, el::Level::Fatal, Orv::LogBackend::DefaultLogger);
+    el::Helpers::crashAbort(signal, "", 0);
+}

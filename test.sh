@@ -1,0 +1,11 @@
+#!/usr/bin/env bash
+# Builds the library and runs its tests. Starts from a bare Debian 12 or macOS machine.
+# usage: ./test.sh [PRESET]    release (the default), debug, asan or tsan
+set -euo pipefail
+cd "$(dirname "$0")"
+
+preset=${1:-release}
+tools/bootstrap.sh
+cmake --preset "$preset" >/dev/null
+cmake --build --preset "$preset"
+ctest --preset "$preset"

@@ -1,0 +1,48 @@
+#include <Orv/Exception.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace {
+
+template <class T> class ExceptionFamily : public testing::Test {
+};
+using Family = testing::Types<Orv::Exception::Base, Orv::Exception::InvalidData, Orv::Exception::Canceled>;
+TYPED_TEST_SUITE(ExceptionFamily, Family, );
+
+TYPED_TEST(ExceptionFamily, CarriesItsMessage)
+{
+    for (const QString& message : {QString(), QString::fromUtf8("Datei fehlt: größe ✓")}) {
+        const TypeParam exception(message);
+        EXPECT_EQ(exception.message(), message);
+        EXPECT_EQ(std::string(exception.what()), message.toStdString());
+    }
+}
+
+TYPED_TEST(ExceptionFamily, IsCaughtByItsBases)
+{
+    EXPECT_THROW(throw TypeParam(QStringLiteral("x")), Orv::Exception::Base);
+    EXPECT_THROW(throw TypeParam(QStringLiteral("x")), std::exception);
+}
+
+TYPED_TEST(ExceptionFamily, TextLivesAsLongAsTheException)
+{
+    auto original = std::make_unique<TypeParam>(QStringLiteral("some message longer than any short string"));
+    const TypeParam copy(*original);
+    const char* text = copy.what();
+    original.reset();
+    EXPECT_STREQ(text, "some message longer than any short string");
+}
+
+TEST(Exception, MarkersAreApart)
+{
+    try {
+        throw Orv::Exception::Canceled(QStringLiteral("stop"));
+    } catch (const Orv::Exception::InvalidData&) {
+        FAIL();
+    } catch (const Orv::Exception::Canceled&) {
+    }
+}
+
+} // namespace

@@ -1,0 +1,45 @@
+#!/usr/bin/env bash
+# Installs what building and testing need and what is missing. Says nothing when nothing is.
+set -euo pipefail
+
+debian_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libcrypto++-dev libeasyloggingpp-dev
+    libgtest-dev libgmock-dev openssl)
+brew_formulas=(cmake ninja ccache pkg-config qt@5 cryptopp googletest openssl@3)
+
+install_debian() {
+    local missing=() package
+    for package in "${debian_packages[@]}"; do
+        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return
+    local as_root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || { echo "These packages are missing: ${missing[*]}. Install them as root." >&2; exit 2; }
+        as_root=(sudo)
+    fi
+    echo "Installing ${missing[*]}"
+    "${as_root[@]}" apt-get update -qq
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+install_macos() {
+    command -v brew >/dev/null || { echo "Homebrew is needed: https://brew.sh" >&2; exit 2; }
+    local missing=() formula
+    for formula in "${brew_formulas[@]}"; do
+        brew list --formula "$formula" >/dev/null 2>&1 || missing+=("$formula")
+    done
+    [ ${#missing[@]} -eq 0 ] || brew install "${missing[@]}"
+}
+
+if [ -f /etc/debian_version ]; then
+    install_debian
+elif [ "$(uname)" = Darwin ]; then
+    install_macos
+else
+    cat >&2 <<'EOF'
+This script knows Debian and macOS. Install these by hand, then use the CMake presets:
+  a C++17 compiler, CMake 3.25, Ninja, pkg-config, Qt 5.15 Core, Crypto++ 8.7,
+  easylogging++ 9.97 (header and source), GoogleTest with GoogleMock, the openssl program
+EOF
+    exit 2
+fi
