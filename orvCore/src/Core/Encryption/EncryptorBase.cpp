@@ -13,6 +13,10 @@ using CryptoPP::StreamTransformationFilter;
 
 namespace Orv::Core::Encryption {
 
+namespace {
+constexpr qint64 LargestRead = 1 << 30; // bytes; a byte array cannot hold more than twice as many
+}
+
 EncryptorBase* EncryptorBase::create(Algorithm algorithm, bool encrypt, Type type)
 {
     switch (algorithm) {
@@ -83,24 +87,82 @@ qint64 EncryptorBase::readData(char* data, qint64 maxSize)
     }
 
     const qint64 shortfall = std::max<qint64>(0, maxSize - m_buffer.size());
-    const qint64 request = (shortfall + m_blockSize - 1) / m_blockSize * m_blockSize;
-    const QByteArray chunk = m_source->read(request);
-
-    StreamTransformationFilter& filter = *m_transformation->filter;
-    filter.Put(reinterpret_cast<const byte*>(chunk.constData()), chunk.size());
-    if (m_source->atEnd()) {
-        filter.MessageEnd();
-        m_finished = true;
-    }
-
-    std::array<char, 1024> scratch;
-    while (const std::size_t got = filter.Get(reinterpret_cast<byte*>(scratch.data()), scratch.size()))
-        m_buffer.append(scratch.data(), static_cast<int>(got));
+    const qint64 blocks = shortfall / m_blockSize + (shortfall % m_blockSize != 0);
+    transformFromSource(std::min(blocks, LargestRead / m_blockSize) * m_blockSize);
 
     const int count = static_cast<int>(std::clamp<qint64>(maxSize, 0, m_buffer.size()));
     std::memcpy(data, m_buffer.constData(), count);
     m_buffer.remove(0, count);
     return count;
+}
+
+/// Reads `request` bytes from the source and appends what they become to the buffer.
+///
+/// Whole blocks are transformed in place, where they were read. Only what has to wait for the end of the source passes
+/// through the filter, which adds or checks the padding. (Sending everything through the filter is the plain way and
+/// gives the same bytes from each call, but copies them several times over.)
+void EncryptorBase::transformFromSource(qint64 request)
+{
+    StreamTransformation& transformation = *m_transformation;
+    const int buffered = m_buffer.size();
+    const int held = transformation.held;
+    const int size = buffered + held + static_cast<int>(request);
+    m_buffer.reserve(size); // also keeps the memory when the buffer runs empty
+    m_buffer.resize(size);
+    auto* area = reinterpret_cast<byte*>(m_buffer.data()) + buffered;
+    std::memcpy(area, transformation.heldBytes.data(), held);
+
+    const qint64 received = m_source->read(reinterpret_cast<char*>(area + held), request);
+    const int available = held + static_cast<int>(std::max<qint64>(0, received));
+    const int whole = transformation.ended ? 0 : readyBytes(available);
+    transformation.mode->ProcessData(area, area, whole);
+
+    const bool atEnd = m_source->atEnd();
+    if (atEnd || transformation.ended) {
+        finishThroughFilter(buffered, whole, available, atEnd);
+        return;
+    }
+    transformation.held = available - whole;
+    std::memcpy(transformation.heldBytes.data(), area + whole, transformation.held);
+    m_buffer.resize(buffered + whole);
+}
+
+/// How many of the bytes at hand can be transformed now: all whole blocks, but for the last one while decrypting, which
+/// may turn out to hold the padding.
+int EncryptorBase::readyBytes(int available) const
+{
+    const int kept = m_encrypt ? 0 : m_blockSize;
+    return std::max(0, available - kept) / m_blockSize * m_blockSize;
+}
+
+/// The buffer holds `buffered` bytes from before, then `whole` bytes just transformed, then, up to `available`, the
+/// ones for the filter.
+///
+/// A sequential source may grow again after its end; the filter then goes on as the cipher library means it to, which
+/// no longer gives output once a message was complete.
+void EncryptorBase::finishThroughFilter(int buffered, int whole, int available, bool atEnd)
+{
+    StreamTransformation& transformation = *m_transformation;
+    StreamTransformationFilter& filter = *transformation.filter;
+    const auto* area = reinterpret_cast<const byte*>(m_buffer.constData()) + buffered;
+    filter.Put(area + whole, available - whole);
+    transformation.held = 0;
+    transformation.ended = true;
+    if (atEnd) {
+        try {
+            filter.MessageEnd();
+        } catch (...) {
+            // Nothing of a failed call is handed out, unless a later one completes the stream.
+            filter.AttachedTransformation()->Put(area, whole);
+            m_buffer.resize(buffered);
+            throw;
+        }
+        m_finished = true;
+    }
+
+    const auto rest = static_cast<int>(filter.MaxRetrievable());
+    m_buffer.resize(buffered + whole + rest);
+    filter.Get(reinterpret_cast<byte*>(m_buffer.data()) + buffered + whole, rest);
 }
 
 } // namespace Orv::Core::Encryption

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cryptopp/aes.h>
 #include <cryptopp/filters.h>
 
+#include <array>
 #include <memory>
 
 namespace Orv::Core::Encryption {
@@ -18,6 +20,11 @@ public:
 
     std::unique_ptr<CryptoPP::StreamTransformation> mode; // outlives the filter, being declared before it
     std::unique_ptr<CryptoPP::StreamTransformationFilter> filter;
+
+    // Input that waits for more: less than a block, and while decrypting the last whole block too.
+    std::array<char, 2 * CryptoPP::AES::BLOCKSIZE> heldBytes{};
+    int held = 0;
+    bool ended = false; // the source's end was met: from then on, input passes through the filter
 };
 
 } // namespace Orv::Core::Encryption

@@ -77,6 +77,10 @@ protected:
     void appendRandomIv(unsigned short size);
 
 private:
+    void transformFromSource(qint64 request);
+    int readyBytes(int available) const;
+    void finishThroughFilter(int buffered, int whole, int available, bool atEnd);
+
     const Algorithm m_algorithm;
     const Type m_type;
     const bool m_encrypt;
