@@ -72,7 +72,7 @@ protected:
         requests.push_back(maxSize);
         const qint64 left = m_content.size() - m_position;
         const qint64 count = std::min({maxSize, left, static_cast<qint64>(m_random() % 90)});
-        std::memcpy(data, m_content.constData() + m_position, count);
+        std::copy_n(m_content.constData() + m_position, count, data);
         m_position += count;
         return count;
     }

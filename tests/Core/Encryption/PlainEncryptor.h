@@ -30,7 +30,7 @@ public:
     {
         if (m_source->atEnd() && m_finished) {
             const int size = m_buffer.size();
-            std::memcpy(data, m_buffer.constData(), size);
+            std::copy_n(m_buffer.constData(), size, data);
             m_buffer.clear();
             return size;
         }
@@ -45,7 +45,7 @@ public:
         while (const auto got = m_filter.Get(reinterpret_cast<CryptoPP::byte*>(scratch), sizeof scratch))
             m_buffer.append(scratch, static_cast<int>(got));
         const auto count = static_cast<int>(std::min<qint64>(maxSize, m_buffer.size()));
-        std::memcpy(data, m_buffer.constData(), count);
+        std::copy_n(m_buffer.constData(), count, data);
         m_buffer.remove(0, count);
         return count;
     }

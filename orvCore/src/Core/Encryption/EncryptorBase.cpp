@@ -6,7 +6,6 @@
 #include <Orv/Core/Encryption/Key.h>
 
 #include <algorithm>
-#include <cstring>
 
 using CryptoPP::byte;
 using CryptoPP::StreamTransformationFilter;
@@ -81,7 +80,7 @@ qint64 EncryptorBase::readData(char* data, qint64 maxSize)
 {
     if (m_source->atEnd() && m_finished) {
         const int size = m_buffer.size();
-        std::memcpy(data, m_buffer.constData(), size);
+        std::copy_n(m_buffer.constData(), size, data);
         m_buffer.clear();
         return size;
     }
@@ -91,7 +90,7 @@ qint64 EncryptorBase::readData(char* data, qint64 maxSize)
     transformFromSource(std::min(blocks, LargestRead / m_blockSize) * m_blockSize);
 
     const int count = static_cast<int>(std::clamp<qint64>(maxSize, 0, m_buffer.size()));
-    std::memcpy(data, m_buffer.constData(), count);
+    std::copy_n(m_buffer.constData(), count, data);
     m_buffer.remove(0, count);
     return count;
 }
@@ -110,7 +109,7 @@ void EncryptorBase::transformFromSource(qint64 request)
     m_buffer.reserve(size); // also keeps the memory when the buffer runs empty
     m_buffer.resize(size);
     auto* area = reinterpret_cast<byte*>(m_buffer.data()) + buffered;
-    std::memcpy(area, transformation.heldBytes.data(), held);
+    std::copy_n(transformation.heldBytes.data(), held, area);
 
     const qint64 received = m_source->read(reinterpret_cast<char*>(area + held), request);
     const int available = held + static_cast<int>(std::max<qint64>(0, received));
@@ -123,7 +122,7 @@ void EncryptorBase::transformFromSource(qint64 request)
         return;
     }
     transformation.held = available - whole;
-    std::memcpy(transformation.heldBytes.data(), area + whole, transformation.held);
+    std::copy_n(area + whole, transformation.held, transformation.heldBytes.data());
     m_buffer.resize(buffered + whole);
 }
 
