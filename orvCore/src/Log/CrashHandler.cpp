@@ -41,6 +41,9 @@ void crashHandler(int signal)
     Orv::LogBackend::write(el::Level::Error, Orv::LogBackend::DefaultLogger,
         std::string(Picture) +
             "The app has been shut down unexpectedly, please contact Support. Signal:" + std::to_string(signal));
+    // The reason is a fatal entry: it must not end the process before it has reached the file.
+    el::Loggers::addFlag(el::LoggingFlag::DisableApplicationAbortOnFatalLog);
     el::Helpers::logCrashReason(signal, true, el::Level::Fatal, Orv::LogBackend::DefaultLogger);
+    el::Loggers::flushAll();
     el::Helpers::crashAbort(signal, "", 0);
 }

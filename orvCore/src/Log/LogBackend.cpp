@@ -17,13 +17,46 @@ struct Lifetime {
 };
 const Lifetime lifetime;
 
-/// What the back end left undone when a file could not be opened or written: the stream stays failed, or missing, for
-/// good. Give it another chance.
-void repairStream(el::Logger& logger, el::Level level)
+/// Whether the logger is meant to write to a file.
+bool wantsFile(el::Logger& logger)
 {
-    el::base::type::fstream_t* stream = logger.typedConfigurations()->fileStream(level);
-    if (stream && stream->is_open() && stream->fail())
-        stream->clear();
+    const auto* toFile = logger.configurations()->get(el::Level::Global, el::ConfigurationType::ToFile);
+    return toFile && toFile->value() == "true";
+}
+
+void reopen(el::base::type::fstream_t& stream, const std::string& fileName)
+{
+    stream.close();
+    stream.clear();
+    stream.open(fileName, std::ios::out | std::ios::app | std::ios::ate);
+}
+
+/// The back end gives up for good on a file that it could not open. Tries again, so that the log goes on when the cause
+/// is gone.
+void ensureFile(el::Logger& logger, el::Level level)
+{
+    const auto& stream = logger.typedConfigurations()->fileStream(level);
+    const std::string& fileName = logger.typedConfigurations()->filename(level);
+    if (stream && !stream->is_open()) {
+        reopen(*stream, fileName);
+    } else if (!stream && wantsFile(logger)) {
+        ELPP->registeredLoggers()->logStreamsReference()->erase(fileName);
+        logger.reconfigure();
+    }
+}
+
+/// Left to itself, the back end takes a failed stream for an endless file, rolls it over and truncates it; hence
+/// `NeverByItself`. What the failed stream still holds is dropped: it is the entry that found no room.
+void flush(el::Logger& logger, el::Level level)
+{
+    const auto& stream = logger.typedConfigurations()->fileStream(level);
+    if (!stream || !stream->is_open())
+        return;
+    stream->flush();
+    if (stream->fail())
+        reopen(*stream, logger.typedConfigurations()->filename(level));
+    else
+        el::Helpers::validateFileRolling(&logger, level);
 }
 
 } // namespace
@@ -40,11 +73,12 @@ void write(el::Level level, const char* loggerId, const std::string& text)
         return;
     if (level == el::Level::Fatal)
         el::Loggers::addFlag(el::LoggingFlag::DisableApplicationAbortOnFatalLog);
-    {
-        const el::base::threading::ScopedLock lock(logger->lock());
-        repairStream(*logger, level);
-    }
-    el::base::Writer(level, "orvCore", 0, "", el::base::DispatchAction::NormalLog).construct(1, loggerId) << text;
+    const el::base::threading::ScopedLock lock(logger->lock());
+    if (!logger->enabled(level))
+        return;
+    ensureFile(*logger, level);
+    el::base::Writer(level, "orvCore", 0, "").construct(logger) << text;
+    flush(*logger, level);
 }
 
 } // namespace Orv::LogBackend

@@ -27,11 +27,10 @@ LogManager::LogManager() : m_appPrefix(QStringLiteral("DOV_LOG"))
 {
 }
 
-LogManager::~LogManager() = default;
-
 LogManager& LogManager::instance()
 {
-    static LogManager manager;
+    // Never destroyed, so that messages which come late in the process's exit are still formatted.
+    static LogManager& manager = *new LogManager;
     return manager;
 }
 
@@ -142,6 +141,7 @@ void LogManager::configureDefaultLogger() const
     configurations.setGlobally(Key::ToStandardOutput, text(m_outToStream));
     configurations.setGlobally(Key::Enabled, text(m_logEnabled));
     configurations.setGlobally(Key::Format, LineFormat);
+    configurations.setGlobally(Key::LogFlushThreshold, LogBackend::NeverByItself);
     el::Loggers::setDefaultConfigurations(configurations, true);
     el::Loggers::addFlag(el::LoggingFlag::ColoredTerminalOutput);
     el::Loggers::addFlag(el::LoggingFlag::StrictLogFileSizeCheck);
@@ -160,6 +160,7 @@ void LogManager::configureShadowLogger() const
     configurations->setGlobally(Key::ToStandardOutput, text(false));
     configurations->setGlobally(Key::Enabled, text(true));
     configurations->setGlobally(Key::Format, LineFormat);
+    configurations->setGlobally(Key::LogFlushThreshold, LogBackend::NeverByItself);
     logger->reconfigure();
 }
 

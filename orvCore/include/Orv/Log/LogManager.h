@@ -20,7 +20,7 @@ namespace Orv {
 ///   dropped until it can be opened: every entry tries again, so the log goes on by itself once the cause is gone.
 /// - On a full disk entries are dropped, the last one perhaps cut short, until there is room again.
 /// - Several threads may write during a roll-over: their entries stay whole and go to the old file or the new one.
-/// The back end reports such trouble on the standard error stream.
+/// Nothing reports such trouble: look at the file.
 ///
 /// The setters are not thread-safe and only store; `init()` and `reconfigure()` apply. Logging from any thread is safe.
 class ORV_EXPORT LogManager {
@@ -71,7 +71,7 @@ public:
 
 private:
     LogManager();
-    ~LogManager();
+    ~LogManager() = default;
 
     void applyFilterRules() const;
     void configureDefaultLogger() const;

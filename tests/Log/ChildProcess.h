@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QByteArray>
+#include <QFile>
+#include <QString>
+#include <QStringList>
+
+#include <cstdlib>
+#include <functional>
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+/// How a child process ended.
+struct Ending {
+    int exitCode = -1; // if it exited
+    int signal = 0;    // if a signal ended it
+};
+
+/// Runs `work` and then `exit(0)` in a child process: logging is set up once a process, and some of it ends the
+/// process. What the child writes to its standard streams goes to `outputPath`.
+inline Ending runInChild(const std::function<void()>& work, const QString& outputPath = QStringLiteral("/dev/null"))
+{
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const int output = ::open(QFile::encodeName(outputPath).constData(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+        ::dup2(output, STDOUT_FILENO);
+        ::dup2(output, STDERR_FILENO);
+        work();
+        std::exit(0);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    Ending ending;
+    if (WIFEXITED(status))
+        ending.exitCode = WEXITSTATUS(status);
+    if (WIFSIGNALED(status))
+        ending.signal = WTERMSIG(status);
+    return ending;
+}
+
+inline QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+inline QStringList linesOf(const QString& path)
+{
+    return QString::fromUtf8(contentOf(path)).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
