@@ -183,11 +183,11 @@ TEST_F(LogManagerTest, VerboseEntriesNameTheirOrigin)
     runInChild([&] {
         manager().setVerbose(true);
         manager().init();
-        QMessageLogger("file.cpp", 42, "void f()", "some.category").info("%s", "100% done");
+        QMessageLogger("file.cpp", 42, "void f()", "some.category").info("%s", "100% done %2");
         OrvDebug("a").info() << "stream";
     });
     EXPECT_THAT(entries(log()),
-        ElementsAre("[INFO]: 100% done", "\tFunction: void f()", "\tCategory: some.category", "\tLine: 42",
+        ElementsAre("[INFO]: 100% done void f()", "\tFunction: void f()", "\tCategory: some.category", "\tLine: 42",
             "[INFO]: [ a ] [ 1 ] stream", "\tFunction: ", "\tCategory: 0.orv.log", "\tLine: 0"));
 }
 

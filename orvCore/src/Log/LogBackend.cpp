@@ -24,37 +24,37 @@ bool wantsFile(el::Logger& logger)
     return toFile && toFile->value() == "true";
 }
 
-void reopen(el::base::type::fstream_t& stream, const std::string& fileName)
+using Stream = el::base::type::fstream_t;
+
+void reopen(Stream& stream, el::Logger& logger, el::Level level)
 {
     stream.close();
     stream.clear();
-    stream.open(fileName, std::ios::out | std::ios::app | std::ios::ate);
+    stream.open(logger.typedConfigurations()->filename(level), std::ios::out | std::ios::app | std::ios::ate);
 }
 
-/// The back end gives up for good on a file that it could not open. Tries again, so that the log goes on when the cause
-/// is gone.
-void ensureFile(el::Logger& logger, el::Level level)
+/// The open stream of the logger's file, if it is meant to have one. The back end gives up for good on a file that it
+/// could not open: this tries again, so that the log goes on when the cause is gone.
+Stream* openStream(el::Logger& logger, el::Level level)
 {
-    const auto& stream = logger.typedConfigurations()->fileStream(level);
-    const std::string& fileName = logger.typedConfigurations()->filename(level);
-    if (stream && !stream->is_open()) {
-        reopen(*stream, fileName);
-    } else if (!stream && wantsFile(logger)) {
-        ELPP->registeredLoggers()->logStreamsReference()->erase(fileName);
+    Stream* stream = logger.typedConfigurations()->fileStream(level);
+    if (!stream && wantsFile(logger) && logger.enabled(level)) {
+        ELPP->registeredLoggers()->logStreamsReference()->erase(logger.typedConfigurations()->filename(level));
         logger.reconfigure();
+        stream = logger.typedConfigurations()->fileStream(level);
     }
+    if (stream && !stream->is_open())
+        reopen(*stream, logger, level);
+    return stream && stream->is_open() ? stream : nullptr;
 }
 
 /// Left to itself, the back end takes a failed stream for an endless file, rolls it over and truncates it; hence
 /// `NeverByItself`. What the failed stream still holds is dropped: it is the entry that found no room.
-void flush(el::Logger& logger, el::Level level)
+void flush(Stream& stream, el::Logger& logger, el::Level level)
 {
-    const auto& stream = logger.typedConfigurations()->fileStream(level);
-    if (!stream || !stream->is_open())
-        return;
-    stream->flush();
-    if (stream->fail())
-        reopen(*stream, logger.typedConfigurations()->filename(level));
+    stream.flush();
+    if (stream.fail())
+        reopen(stream, logger, level);
     else
         el::Helpers::validateFileRolling(&logger, level);
 }
@@ -74,11 +74,10 @@ void write(el::Level level, const char* loggerId, const std::string& text)
     if (level == el::Level::Fatal)
         el::Loggers::addFlag(el::LoggingFlag::DisableApplicationAbortOnFatalLog);
     const el::base::threading::ScopedLock lock(logger->lock());
-    if (!logger->enabled(level))
-        return;
-    ensureFile(*logger, level);
+    Stream* stream = openStream(*logger, level);
     el::base::Writer(level, "orvCore", 0, "").construct(logger) << text;
-    flush(*logger, level);
+    if (stream)
+        flush(*stream, *logger, level);
 }
 
 } // namespace Orv::LogBackend

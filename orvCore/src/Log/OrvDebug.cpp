@@ -4,8 +4,11 @@
 
 #include <QHash>
 #include <QMutex>
+#include <QStringBuilder>
 
+#include <array>
 #include <atomic>
+#include <charconv>
 #include <cstdio>
 
 // The objects behind these functions are never destroyed, so that code which runs late in the process's exit can still
@@ -49,11 +52,21 @@ namespace Orv {
 
 namespace {
 
-QDebug withPrefix(QDebug stream, const char* name)
+QMessageLogger logger()
 {
+    return QMessageLogger(nullptr, 0, nullptr); // without an origin, but, unlike QMessageLogger(), with a category
+}
+
+/// A stream that is off throws away what it is given. The prefix is spared then; the thread is numbered all the same.
+QDebug withPrefix(QDebug stream, const char* name, bool isOn = true)
+{
+    const quint64 thread = threadId();
     stream.noquote();
-    stream << "[" << name << "]"
-           << "[" << threadId() << "]";
+    if (isOn) {
+        std::array<char, 24> digits{};
+        std::to_chars(digits.begin(), digits.end(), thread);
+        stream << QString(u"[ " % QString::fromUtf8(name) % u" ] [ " % QLatin1String(digits.data()) % u" ]");
+    }
     return stream;
 }
 
@@ -65,7 +78,7 @@ OrvDebug::OrvDebug(const char* name) : m_name(name)
 
 QDebug OrvDebug::debug() const
 {
-    return withPrefix(QMessageLogger().debug(orvLogDebug), m_name);
+    return withPrefix(logger().debug(orvLogDebug), m_name, orvLogDebug().isDebugEnabled());
 }
 
 QDebug OrvDebug::debugOnly() const
@@ -77,22 +90,22 @@ QDebug OrvDebug::debugOnly() const
 
 QDebug OrvDebug::info() const
 {
-    return withPrefix(QMessageLogger().info(orvLogInfo0), m_name);
+    return withPrefix(logger().info(orvLogInfo0), m_name);
 }
 
 QDebug OrvDebug::infoH() const
 {
-    return withPrefix(QMessageLogger().info(orvLogInfoH), m_name);
+    return withPrefix(logger().info(orvLogInfoH), m_name, orvLogInfoH().isInfoEnabled());
 }
 
 QDebug OrvDebug::warning() const
 {
-    return withPrefix(QMessageLogger().warning(), m_name);
+    return withPrefix(logger().warning(), m_name);
 }
 
 QDebug OrvDebug::critical() const
 {
-    return withPrefix(QMessageLogger().critical(), m_name);
+    return withPrefix(logger().critical(), m_name);
 }
 
 QDebug OrvDebug::error() const

@@ -3,12 +3,18 @@
 #include <Orv/Core/Encryption/Key.h>
 
 #include "Core/Encryption/PlainEncryptor.h"
+#include "KnownAnswers.h"
 
 #include <QBuffer>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <numeric>
 #include <random>
+
+#include <sys/resource.h>
 
 using namespace Orv::Core::Encryption;
 
@@ -93,20 +99,69 @@ QByteArray randomBytes(int size)
     return bytes;
 }
 
+void writeFile(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+}
+
+/// The file at `path` encrypted by the openssl program: a second opinion, independent of the cipher library.
+QByteArray sealedByOpenssl(
+    Algorithm algorithm, Type type, const QByteArray& key, const QByteArray& iv, const QString& path)
+{
+    static const char* const ciphers[] = {"des", "des-ede", "des-ede3", "aes-128", "aes-192", "aes-256"};
+    // OpenSSL keeps single DES among its legacy ciphers, and names triple DES in ECB mode without the mode.
+    QByteArray command = "openssl enc -provider legacy -provider default -e -";
+    command += ciphers[algorithm];
+    if (type == Cbc)
+        command += "-cbc -iv " + iv.toHex();
+    else if (algorithm != Des112 && algorithm != Des3)
+        command += "-ecb";
+    command += " -K " + key.toHex() + " -in " + QFile::encodeName(path);
+
+    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.constData(), "r"), ::pclose);
+    QByteArray sealed;
+    char portion[4096];
+    while (const size_t count = std::fread(portion, 1, sizeof portion, pipe.get()))
+        sealed.append(portion, static_cast<int>(count));
+    return sealed;
+}
+
 } // namespace
 
-TEST(Encryptor, RoundTripOfEveryLength)
+TEST(Encryptor, KnownAnswers)
 {
+    for (const KnownAnswer& answer : knownAnswers("ciphers.txt")) {
+        const auto algorithm = static_cast<Algorithm>(answer["cipher"].left(1).toInt());
+        const Type type = answer["cipher"].endsWith("cbc") ? Cbc : Ecb;
+        const auto bytes = [&answer](const char* name) { return QByteArray::fromHex(answer[name]); };
+        const QByteArray plain = bytes("plain");
+        const QByteArray sealed = transformed(algorithm, true, type, bytes("key"), bytes("iv"), plain);
+        EXPECT_EQ(sealed.size(), plain.size() + Key::ivLength(algorithm)) << answer["name"].constData();
+        EXPECT_EQ(sealed.left(plain.size()).toHex(), answer["sealed"]) << answer["name"].constData();
+        EXPECT_EQ(transformed(algorithm, false, type, bytes("key"), bytes("iv"), sealed), plain);
+    }
+}
+
+TEST(Encryptor, AgreesWithTheOpensslProgram)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("plain"));
+    std::vector<int> lengths(71);
+    std::iota(lengths.begin(), lengths.end(), 0);
+    lengths.insert(lengths.end(), {4095, 4096, 1000003});
     for (const Algorithm algorithm : Algorithms) {
         for (const Type type : Types) {
             const QByteArray key = Key::randomKey(algorithm);
             const QByteArray iv = type == Cbc ? Key::random(Key::ivLength(algorithm)) : QByteArray();
-            const int block = Key::ivLength(algorithm);
-            for (int length = 0; length <= 70; ++length) {
+            for (const int length : lengths) {
                 const QByteArray plain = randomBytes(length);
-                const QByteArray sealed = transformed(algorithm, true, type, key, iv, plain);
-                ASSERT_EQ(sealed.size(), (length / block + 1) * block);
-                ASSERT_EQ(transformed(algorithm, false, type, key, iv, sealed), plain);
+                writeFile(path, plain);
+                const QByteArray sealed = sealedByOpenssl(algorithm, type, key, iv, path);
+                ASSERT_EQ(transformed(algorithm, true, type, key, iv, plain), sealed)
+                    << "algorithm " << algorithm << " type " << type << " length " << length;
+                ASSERT_EQ(transformed(algorithm, false, type, key, iv, sealed), plain)
+                    << "algorithm " << algorithm << " type " << type << " length " << length;
             }
         }
     }
@@ -203,6 +258,54 @@ TEST(Encryptor, DamagedStreamsThrowAndAreNotFinished)
     QByteArray wrongKey = key;
     wrongKey[0] = 'K';
     EXPECT_THROW(transformed(Aes128, false, Cbc, wrongKey, iv, sealed), CryptoPP::InvalidCiphertext);
+}
+
+namespace {
+
+/// As many zero bytes as asked for, without an end in sight until then.
+class ZeroSource : public QIODevice {
+public:
+    explicit ZeroSource(qint64 size) : m_left(size) { open(QIODevice::ReadOnly | QIODevice::Unbuffered); }
+    bool isSequential() const override { return true; }
+    bool atEnd() const override { return m_left == 0; }
+
+protected:
+    qint64 readData(char* data, qint64 maxSize) override
+    {
+        const qint64 count = std::min(maxSize, m_left);
+        std::fill_n(data, count, '\0');
+        m_left -= count;
+        return count;
+    }
+    qint64 writeData(const char*, qint64) override { return -1; }
+
+private:
+    qint64 m_left;
+};
+
+/// The most memory that the process has had so far, in bytes.
+qint64 peakMemory()
+{
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return qint64(usage.ru_maxrss) * ORV_MAXRSS_UNIT;
+}
+
+} // namespace
+
+TEST(Encryptor, MemoryDoesNotGrowWithTheStream)
+{
+    constexpr qint64 GiB = Q_INT64_C(1) << 30;
+    const auto encryptor = makeEncryptor(Aes128, true, Cbc, QByteArray(16, 'k'), QByteArray(16, 'i'),
+        QSharedPointer<QIODevice>(new ZeroSource(4 * GiB)));
+    QByteArray portion(65536, '\0');
+    encryptor->readData(portion.data(), portion.size());
+    const qint64 before = peakMemory();
+    qint64 total = portion.size();
+    while (!encryptor->atEnd())
+        total += encryptor->readData(portion.data(), portion.size());
+    EXPECT_EQ(total, 4 * GiB + 16);
+    EXPECT_LT(peakMemory() - before, 2 << 20);
 }
 
 TEST(Encryptor, KeysAndIvs)

@@ -1,6 +1,8 @@
 #include <Orv/Core/Encryption/Encryptors.h>
 #include <Orv/Core/Encryption/Key.h>
 
+#include "KnownAnswers.h"
+
 #include <QCryptographicHash>
 
 #include <gtest/gtest.h>
@@ -53,6 +55,15 @@ TEST(Key, AlgorithmFromWindows)
     for (const Row& row : rows)
         EXPECT_EQ(Key::algorithmFromWindows(row.code, row.keyLength), row.algorithm)
             << row.code << " " << row.keyLength;
+}
+
+TEST(Key, KnownAnswers)
+{
+    for (const KnownAnswer& answer : knownAnswers("pbkdf2.txt")) {
+        const QByteArray key = Key::generate(Aes256, QByteArray::fromHex(answer["password"]),
+            QByteArray::fromHex(answer["salt"]), answer["iterations"].toInt());
+        EXPECT_EQ(key.toHex().left(answer["key"].size()), answer["key"]) << answer["name"].constData();
+    }
 }
 
 TEST(Key, NoSaltStandsForEightZeroBytes)

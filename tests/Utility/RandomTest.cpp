@@ -1,0 +1,109 @@
+#include <Orv/Utility/RandomByteArray.h>
+#include <Orv/Utility/RandomString.h>
+
+#include "Log/ChildProcess.h"
+
+#include <QBuffer>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include <sys/resource.h>
+
+using Orv::Utitlity::RandomByteArray;
+using Orv::Utitlity::RandomString;
+
+namespace {
+
+/// Takes up to `room` bytes and remembers the sizes it was given.
+class NarrowDevice : public QIODevice {
+public:
+    explicit NarrowDevice(qint64 room, OpenMode mode = WriteOnly) : m_room(room) { open(mode | Unbuffered); }
+
+    std::vector<qint64> writes;
+
+protected:
+    qint64 readData(char*, qint64) override { return -1; }
+    qint64 writeData(const char*, qint64 size) override
+    {
+        writes.push_back(size);
+        const qint64 taken = std::min(size, m_room);
+        m_room -= taken;
+        return taken;
+    }
+
+private:
+    qint64 m_room;
+};
+
+} // namespace
+
+TEST(RandomByteArray, Appends)
+{
+    QByteArray bytes = "before";
+    EXPECT_TRUE(RandomByteArray::generate(bytes, 0));
+    EXPECT_EQ(bytes, "before");
+    EXPECT_TRUE(RandomByteArray::generate(bytes, 1300));
+    EXPECT_EQ(bytes.size(), 6 + 1300);
+    EXPECT_TRUE(bytes.startsWith("before"));
+    const std::set<char> different(bytes.begin() + 6, bytes.end());
+    EXPECT_GT(different.size(), 200u) << "of 256";
+    EXPECT_NE(bytes.mid(6, 512), bytes.mid(6 + 512, 512));
+}
+
+TEST(RandomByteArray, WritesInPortions)
+{
+    NarrowDevice wide(5000);
+    EXPECT_TRUE(RandomByteArray::generate(wide, 1300));
+    EXPECT_THAT(wide.writes, testing::ElementsAre(512, 512, 276));
+
+    NarrowDevice narrow(600);
+    EXPECT_FALSE(RandomByteArray::generate(narrow, 1300));
+    EXPECT_THAT(narrow.writes, testing::ElementsAre(512, 512)) << "nothing after a short write";
+
+    NarrowDevice readOnly(5000, QIODevice::ReadOnly);
+    EXPECT_FALSE(RandomByteArray::generate(readOnly, 0));
+    EXPECT_THAT(readOnly.writes, testing::IsEmpty());
+}
+
+TEST(RandomByteArray, NoDescriptorLeft)
+{
+    const Ending ending = runInChild([] {
+        rlimit none{};
+        ::setrlimit(RLIMIT_NOFILE, &none);
+        QByteArray bytes = "before";
+        QBuffer buffer;
+        buffer.open(QIODevice::WriteOnly);
+        const bool failed = !RandomByteArray::generate(bytes, 10) && !RandomByteArray::generate(buffer, 10);
+        std::exit(failed && bytes == "before" && buffer.data().isEmpty() ? 7 : 8);
+    });
+    EXPECT_EQ(ending.exitCode, 7);
+}
+
+TEST(RandomString, LengthAndLetters)
+{
+    EXPECT_TRUE(RandomString::generateSimple(0).isEmpty());
+    EXPECT_TRUE(RandomString::generateSimple(-1).isEmpty());
+    const QString text = RandomString::generateSimple(5000);
+    EXPECT_EQ(text.size(), 5000);
+    const std::set<QChar> letters(text.begin(), text.end());
+    EXPECT_EQ(letters.size(), 62u) << "all of them";
+    for (const QChar letter : letters)
+        EXPECT_TRUE(letter.unicode() < 128 && letter.isLetterOrNumber());
+}
+
+TEST(RandomString, FollowsTheSeededSequence)
+{
+    QT_WARNING_PUSH
+    QT_WARNING_DISABLE_DEPRECATED
+    qsrand(7);
+    const QString first = RandomString::generateSimple(20);
+    qsrand(7);
+    const int index = qrand() % 62;
+    qsrand(7);
+    QT_WARNING_POP
+    EXPECT_EQ(RandomString::generateSimple(20), first);
+    EXPECT_EQ(first[0], QStringLiteral("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789")[index]);
+}
