@@ -71,12 +71,15 @@ TEST(RandomByteArray, WritesInPortions)
 TEST(RandomByteArray, NoDescriptorLeft)
 {
     const Ending ending = runInChild([] {
-        rlimit none{};
+        rlimit limit{};
+        ::getrlimit(RLIMIT_NOFILE, &limit);
+        const rlimit none{0, limit.rlim_max};
         ::setrlimit(RLIMIT_NOFILE, &none);
         QByteArray bytes = "before";
         QBuffer buffer;
         buffer.open(QIODevice::WriteOnly);
         const bool failed = !RandomByteArray::generate(bytes, 10) && !RandomByteArray::generate(buffer, 10);
+        ::setrlimit(RLIMIT_NOFILE, &limit);
         std::exit(failed && bytes == "before" && buffer.data().isEmpty() ? 7 : 8);
     });
     EXPECT_EQ(ending.exitCode, 7);
