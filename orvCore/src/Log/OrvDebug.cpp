@@ -3,13 +3,12 @@
 #include "Log/ThreadNumber_p.h"
 
 #include <QHash>
-#include <QMutex>
 #include <QStringBuilder>
 
 #include <array>
-#include <atomic>
 #include <charconv>
 #include <cstdio>
+#include <mutex>
 
 // The objects behind these functions are never destroyed, so that code which runs late in the process's exit can still
 // log.
@@ -35,16 +34,15 @@ const QLoggingCategory& orvLogInfoH()
 quint64 threadId()
 {
     struct Numbers {
-        QMutex mutex;
+        std::mutex mutex; // not QMutex, whose work the thread sanitizer cannot see
         QHash<quint64, quint64> bySystemNumber;
-        std::atomic<quint64> last{0};
     };
     static Numbers& numbers = *new Numbers;
 
-    const QMutexLocker lock(&numbers.mutex);
+    const std::lock_guard lock(numbers.mutex);
     quint64& number = numbers.bySystemNumber[systemThreadNumber()];
     if (number == 0)
-        number = ++numbers.last;
+        number = static_cast<quint64>(numbers.bySystemNumber.size());
     return number;
 }
 
