@@ -94,6 +94,7 @@ TEST_F(LogManagerTest, LevelsDecideWhatIsWritten)
         {{LogManager::Debug}, all},
         {{LogManager::Debug, static_cast<LogManager::LogLevel>(9)}, always},
         {{LogManager::InfoHigh, LogManager::Disabled}, {}},
+        {{LogManager::InfoHigh, LogManager::Disabled, LogManager::Info}, always},
     };
     for (const auto& [levels, expected] : rows) {
         QFile::remove(log());
@@ -206,36 +207,44 @@ TEST_F(LogManagerTest, ForeignNoiseAndUnknownTypesAreDropped)
 
 TEST_F(LogManagerTest, ShadowGetsEveryEntryOnce)
 {
-    runInChild([&] {
-        managerWithShadow().init();
-        qInfo("größe");
-        OrvDebug("a").debug() << "off";
-        qCritical("error");
-    });
+    runInChild(
+        [&] {
+            managerWithShadow().setOutToStream(true);
+            manager().init();
+            qInfo("größe");
+            OrvDebug("a").debug() << "off";
+            qCritical("error");
+        },
+        output());
     EXPECT_THAT(entries(log()), ElementsAre("[INFO]: größe", "[ERROR]: error"));
     EXPECT_EQ(entries(shadow()), entries(log()));
+    EXPECT_EQ(contentOf(output()).count("[ERROR]: error"), 1) << "the shadow log stays off the screen";
 }
 
 TEST_F(LogManagerTest, ShadowStaysOnWhenTheLogIsDisabled)
 {
     const Ending ending = runInChild([&] {
-        managerWithShadow().setLogLevel(LogManager::Disabled);
+        managerWithShadow().setLogLevel(LogManager::InfoHigh);
+        manager().setLogLevel(LogManager::Disabled);
         manager().init();
-        qInfo("whole text");
+        OrvDebug("a").infoH() << "whole text";
+        OrvDebug("a").debug() << "off";
         qFatal("the end");
     });
     EXPECT_EQ(ending.signal, SIGABRT);
     EXPECT_THAT(entries(log()), IsEmpty());
-    EXPECT_THAT(entries(shadow()), ElementsAre("[INFO]: whole text", "[FATAL]: the end"));
+    EXPECT_THAT(entries(shadow()), ElementsAre("[INFO]: [ a ] [ 1 ] whole text", "[FATAL]: the end"));
 }
 
 TEST_F(LogManagerTest, ShadowWithoutAPathIsNone)
 {
-    runInChild([&] {
+    const Ending ending = runInChild([&] {
         manager().setEnableShadow(true);
         manager().init();
         qInfo("text");
+        std::exit(qInstallMessageHandler(nullptr) == messageHandler ? 7 : 8);
     });
+    EXPECT_EQ(ending.exitCode, 7);
     EXPECT_THAT(entries(log()), ElementsAre("[INFO]: text"));
     EXPECT_THAT(QDir(m_folder.path()).entryList(QDir::Files), ElementsAre(QStringLiteral("log_DOV_LOG.log")));
 }
@@ -244,7 +253,7 @@ TEST_F(LogManagerTest, FatalIsInBothLogsBeforeTheEnd)
 {
     const Ending ending = runInChild([&] {
         managerWithShadow().init();
-        qFatal("the end");
+        messageHandlerShadow(QtFatalMsg, QMessageLogContext(), QStringLiteral("the end"));
     });
     EXPECT_EQ(ending.signal, SIGABRT);
     EXPECT_THAT(entries(log()), ElementsAre("[FATAL]: the end"));
@@ -279,6 +288,21 @@ TEST_F(LogManagerTest, FullLogIsMovedAside)
     EXPECT_EQ(entries(shadow()).size(), 2400u);
 }
 
+TEST_F(LogManagerTest, LogThatIsFullFromBeforeIsMovedAside)
+{
+    const QByteArray old(2097152, 'x');
+    std::ofstream(log().toStdString()) << old.constData();
+    runInChild([&] {
+        manager().init();
+        qInfo("new");
+        manager().reconfigure();
+    });
+    EXPECT_THAT(entries(log()), ElementsAre("[INFO]: new"));
+    const QStringList files = QDir(m_folder.path()).entryList({QStringLiteral("log_DOV_LOG_*.log")});
+    ASSERT_EQ(files.size(), 1);
+    EXPECT_EQ(contentOf(path(files.first())), old);
+}
+
 TEST_F(LogManagerTest, MissingFolderIsMade)
 {
     const QString folder = path(QStringLiteral("a/b"));
@@ -309,6 +333,24 @@ TEST_F(LogManagerTest, GoesOnWhenTheFolderCanBeMadeAgain)
     EXPECT_EQ(ending.exitCode, 0);
     EXPECT_THAT(entries(folder + QStringLiteral("/log_DOV_LOG.log")), ElementsAre("[INFO]: written"));
     EXPECT_THAT(entries(shadow()), ElementsAre("[INFO]: lost", "[INFO]: written"));
+}
+
+TEST_F(LogManagerTest, GoesOnWhenTheFolderIsGoneAtARollOver)
+{
+    const QString folder = path(QStringLiteral("folder"));
+    runInChild([&] {
+        LogManager& log = manager();
+        log.setLogPath(folder);
+        log.init();
+        qInfo("first");
+        QDir(folder).removeRecursively();
+        for (int i = 0; i < 2200; ++i)
+            qInfo("%s", QByteArray(1000, 'x').constData());
+        qInfo("last");
+    });
+    const auto lines = entries(folder + QStringLiteral("/log_DOV_LOG.log"));
+    ASSERT_FALSE(lines.empty());
+    EXPECT_EQ(lines.back(), "[INFO]: last");
 }
 
 TEST_F(LogManagerTest, GoesOnWhenThereIsRoomAgain)

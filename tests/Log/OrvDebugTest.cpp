@@ -117,6 +117,13 @@ TEST(OrvDebug, StreamsThatAreOffNumberTheirThread)
     EXPECT_EQ(ending.exitCode, 2);
 }
 
+TEST(OrvDebug, ForkedProcessHasAThreadOfItsOwn)
+{
+    const quint64 own = threadId();
+    const Ending ending = runInChild([] { std::exit(static_cast<int>(threadId())); });
+    EXPECT_EQ(ending.exitCode, static_cast<int>(own) + 1);
+}
+
 TEST(OrvDebug, OutputGoesPastTheLog)
 {
     const QTemporaryDir folder;

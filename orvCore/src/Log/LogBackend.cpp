@@ -28,9 +28,11 @@ using Stream = el::base::type::fstream_t;
 
 void reopen(Stream& stream, el::Logger& logger, el::Level level)
 {
+    const std::string& fileName = logger.typedConfigurations()->filename(level);
+    el::base::utils::File::createPath(el::base::utils::File::extractPathFromFilename(fileName));
     stream.close();
     stream.clear();
-    stream.open(logger.typedConfigurations()->filename(level), std::ios::out | std::ios::app | std::ios::ate);
+    stream.open(fileName, std::ios::out | std::ios::app | std::ios::ate);
 }
 
 /// The open stream of the logger's file, if it is meant to have one. The back end gives up for good on a file that it

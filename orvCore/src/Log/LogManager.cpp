@@ -7,7 +7,10 @@
 #include <Orv/Log/LogRollout.h>
 #include <Orv/Log/MessageHandlers.h>
 
+#include <QFileInfo>
 #include <QLoggingCategory>
+
+#include <string>
 
 namespace Orv {
 
@@ -15,6 +18,7 @@ namespace {
 
 constexpr char LineFormat[] = "%datetime [%level]: %msg";
 constexpr char SubsecondDigits[] = "6";
+constexpr qint64 MaxFileSize = 2097152; // bytes
 
 const char* text(bool value)
 {
@@ -131,11 +135,15 @@ void LogManager::configureDefaultLogger() const
 {
     using Key = el::ConfigurationType;
     const QString fileName = QStringLiteral("%1/log_%2.log").arg(m_logPath).arg(m_appPrefix);
+    // The back end would empty a file that is full already without asking: nothing is installed to move it aside yet.
+    if (m_outToFile && QFileInfo(fileName).size() >= MaxFileSize)
+        logsRollout(fileName.toUtf8().constData(), 0);
+
     el::Configurations configurations;
     configurations.setToDefault();
     configurations.setGlobally(Key::Filename, fileName.toStdString());
     configurations.setGlobally(Key::PerformanceTracking, text(true));
-    configurations.setGlobally(Key::MaxLogFileSize, "2097152");
+    configurations.setGlobally(Key::MaxLogFileSize, std::to_string(MaxFileSize));
     configurations.setGlobally(Key::SubsecondPrecision, SubsecondDigits);
     configurations.setGlobally(Key::ToFile, text(m_outToFile));
     configurations.setGlobally(Key::ToStandardOutput, text(m_outToStream));
