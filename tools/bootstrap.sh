@@ -29,6 +29,13 @@ install_macos() {
         brew list --formula "$formula" >/dev/null 2>&1 || missing+=("$formula")
     done
     [ ${#missing[@]} -eq 0 ] || brew install "${missing[@]}"
+    # Homebrew is not known to carry this one.
+    local folder
+    for folder in "$(brew --prefix)/include" /usr/local/include; do
+        [ -f "$folder/easylogging++.h" ] && [ -f "$folder/easylogging++.cc" ] && return
+    done
+    echo "easylogging++ 9.97 is missing: put easylogging++.h and easylogging++.cc into /usr/local/include" >&2
+    exit 2
 }
 
 if [ -f /etc/debian_version ]; then

@@ -288,6 +288,16 @@ TEST_F(LogManagerTest, FullLogIsMovedAside)
     EXPECT_EQ(entries(shadow()).size(), 2400u);
 }
 
+TEST_F(LogManagerTest, EntryThatFillsTheLogIsTheLastInIt)
+{
+    const Ending ending = runInChild([&] {
+        manager().init();
+        qInfo("%s", QByteArray(2097152, 'x').constData());
+        std::exit(QFileInfo(log()).size() == 0 ? 7 : 8);
+    });
+    EXPECT_EQ(ending.exitCode, 7) << "moved aside at once";
+}
+
 TEST_F(LogManagerTest, LogThatIsFullFromBeforeIsMovedAside)
 {
     const QByteArray old(2097152, 'x');
