@@ -7,6 +7,7 @@
 #include <Orv/Core/Encryption/Encryptors.h>
 #include <Orv/Core/Encryption/Key.h>
 #include <Orv/Core/GlobalConfig.h>
+#include <Orv/Core/LiveHashTree.h>
 #include <Orv/Core/ModuleName.h>
 #include <Orv/Core/Platform.h>
 #include <Orv/Core/Version.h>
@@ -17,5 +18,15 @@
 #include <Orv/Log/LogRollout.h>
 #include <Orv/Log/MessageHandlers.h>
 #include <Orv/Log/OrvDebug.h>
+#include <Orv/Utility/DSTSafe.h>
+#include <Orv/Utility/DateTimeCompare.h>
+#include <Orv/Utility/Endian.h>
+#include <Orv/Utility/EndpointHelper.h>
+#include <Orv/Utility/MathUtilities.h>
 #include <Orv/Utility/RandomByteArray.h>
 #include <Orv/Utility/RandomString.h>
+#include <Orv/Utility/SafeBase64.h>
+#include <Orv/Utility/SizeToString.h>
+#include <Orv/Utility/StringFilters.h>
+#include <Orv/Utility/TimeDuration.h>
+#include <Orv/Utility/Uuid2String.h>

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <Orv/Export.h>
+
+#include <QDateTime>
+#include <QVariant>
+
+namespace Orv::Utility {
+
+/// A date and a time of day in local time that becomes a valid date-time on demand, also when daylight saving skips
+/// that hour of that day. Resolution: milliseconds. No zone is kept: it is always the machine's.
+class ORV_EXPORT DSTSafe {
+public:
+    /// Now.
+    DSTSafe();
+    /// The wall-clock date and time of `dt`, whatever its time spec. Implicit: the one stands for the other.
+    DSTSafe(const QDateTime& dt);
+    static DSTSafe fromVariant(const QVariant& v);
+
+    /// `dt` if it is valid. A time in a gap is moved on by the daylight-saving offset of the next change of the zone:
+    /// 02:30 becomes 03:30 where 02:00 to 03:00 is skipped. It is that offset and nothing else, so where the gap is not
+    /// as long as the offset, or where winter time is the one with an offset, the result is off by the difference.
+    /// Other invalid values give what the zone's arithmetic yields.
+    static QDateTime check(const QDateTime& dt);
+
+    DSTSafe& setTime(const QTime& time);
+    DSTSafe& setDate(const QDate& date);
+
+    /// As local time, checked.
+    QDateTime toQDateTime() const;
+    /// The same wall-clock date and time, in UTC.
+    QDateTime toUTCQDateTime() const;
+
+private:
+    QDate m_date;
+    QTime m_time;
+};
+
+/// Sets seconds and milliseconds of `dt` to 0, and returns it.
+ORV_EXPORT QDateTime& shrinkSeconds(QDateTime& dt);
+
+/// When the system was booted, in local time: the next boot record of the user-accounting database, invalid if there is
+/// none. The database is read on from where the process stands in it, so a second call looks for a further record.
+/// Not safe against other users of `getutxent` in the process.
+ORV_EXPORT QDateTime dateTimeBoot();
+
+} // namespace Orv::Utility

@@ -1,0 +1,84 @@
+#include <Orv/Utility/Endian.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace Orv::Utitlity {
+
+namespace {
+
+/// Whether an array can have `size` bytes at `offset`.
+bool isPlace(int offset, int size)
+{
+    const bool is = offset >= 0 && offset <= std::numeric_limits<int>::max() - size;
+    Q_ASSERT_X(is, "Endian", "there is no such place in a byte array");
+    return is;
+}
+
+} // namespace
+
+bool Endian::grow(QByteArray& data, int offset, int size)
+{
+    if (!isPlace(offset, size))
+        return false;
+    const int oldSize = data.size();
+    if (oldSize < offset + size) {
+        data.resize(offset + size);
+        std::fill(data.begin() + oldSize, data.end(), '\0');
+    }
+    return true;
+}
+
+void Endian::readOutside(const QByteArray& data, int offset, void* target, int size)
+{
+    Q_ASSERT_X(holds(data, offset, size), "Endian", "reading outside the array");
+    if (!isPlace(offset, size) || offset >= data.size())
+        return;
+    std::copy(data.begin() + offset, data.end(), static_cast<char*>(target));
+}
+
+void Endian::WriteBytesLittleEndian(const QUuid& id, QByteArray& data, int offset)
+{
+    if (!isPlace(offset, 16))
+        return;
+    WriteBytesLittleEndian(id.data1, data, offset);
+    WriteBytesLittleEndian(id.data2, data, offset + 4);
+    WriteBytesLittleEndian(id.data3, data, offset + 6);
+    for (int i = 0; i < 8 && holds(data, offset + 8 + i, 1); ++i)
+        data.data()[offset + 8 + i] = static_cast<char>(id.data4[i]);
+}
+
+QUuid Endian::ToGuidLittleEndian(const QByteArray& data, int offset)
+{
+    if (!isPlace(offset, 16))
+        return {};
+    const QByteArray tail = BytesToString(data, offset + 8, 8);
+    QUuid id(ToUInt32LittleEndian(data, offset), ToUInt16LittleEndian(data, offset + 4),
+        ToUInt16LittleEndian(data, offset + 6), 0, 0, 0, 0, 0, 0, 0, 0);
+    std::copy(tail.begin(), tail.end(), id.data4);
+    return id;
+}
+
+void Endian::StringToBytes(const QByteArray& source, QByteArray& data, int offset, int length)
+{
+    if (length <= 0)
+        return;
+    const QByteArray field = source.left(length); // a copy, should source and data be the same array
+    if (!grow(data, offset, length))
+        return;
+    char* const place = data.data() + offset;
+    std::fill(std::copy(field.begin(), field.end(), place), place + length, '\0');
+}
+
+QByteArray Endian::BytesToString(const QByteArray& data, int offset, int length)
+{
+    if (length <= 0)
+        return {};
+    if (holds(data, offset, length))
+        return data.mid(offset, length);
+    QByteArray field(length, '\0');
+    readOutside(data, offset, field.data(), length);
+    return field;
+}
+
+} // namespace Orv::Utitlity

@@ -1,0 +1,40 @@
+#include <Orv/Utility/StringFilters.h>
+
+#include <algorithm>
+
+namespace Orv::Utility {
+
+namespace {
+
+constexpr QStringView InvalidCharacters = u"/\\:*?\"><|";
+
+} // namespace
+
+QString StringFilters::prefixFilter(const QString& text)
+{
+    QString result = text;
+    const auto end = std::remove_if(
+        result.begin(), result.end(), [](QChar character) { return InvalidCharacters.contains(character); });
+    result.resize(static_cast<int>(end - result.begin()));
+    return result;
+}
+
+QString StringFilters::removeTrailingChar(const QString& text, const QChar& ch)
+{
+    const auto last = std::find_if(text.rbegin(), text.rend(), [ch](QChar character) { return character != ch; });
+    return text.left(static_cast<int>(text.rend() - last));
+}
+
+QString StringFilters::escape(const QString& text)
+{
+    QString result;
+    result.reserve(text.size());
+    for (const QChar character : text) {
+        if (character == QLatin1Char('\\') || character == QLatin1Char('"'))
+            result += QLatin1Char('\\');
+        result += character;
+    }
+    return result;
+}
+
+} // namespace Orv::Utility

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+
+namespace Orv::Utility {
+
+/// The text of a duration that begins at the beginning of a given local day.
+inline QString durationText(const QDateTime& startOfDay, int seconds)
+{
+    const QDateTime end = startOfDay.addSecs(seconds);
+    const qint64 days = startOfDay.daysTo(end);
+    const qint64 rest = startOfDay.addDays(days).secsTo(end);
+    // An hour that a day has too many goes round, as on a clock.
+    const QString time = QTime(0, 0).addSecs(static_cast<int>(rest)).toString(QStringLiteral("hh:mm:ss"));
+    return days > 0 ? QStringLiteral("%1.%2").arg(days).arg(time) : time;
+}
+
+} // namespace Orv::Utility

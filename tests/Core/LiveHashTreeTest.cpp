@@ -1,0 +1,113 @@
+#include <Orv/Core/LiveHashTree.h>
+#include <Orv/Exception.h>
+
+#include <QCryptographicHash>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+using namespace Orv::Core;
+
+namespace {
+
+QByteArray md5(const QByteArray& data)
+{
+    return QCryptographicHash::hash(data, QCryptographicHash::Md5);
+}
+
+QByteArray leaf(int number)
+{
+    return md5(QByteArray::number(number));
+}
+
+/// The hash of the leaves from `first` on, by the definition: the largest full tree on the left, the rest on the right.
+QByteArray definition(int first, int count)
+{
+    if (count == 1)
+        return leaf(first);
+    int left = 1;
+    while (left * 2 < count)
+        left *= 2;
+    return md5(definition(first, left) + definition(first + left, count - left));
+}
+
+QString messageOf(const std::function<void()>& work)
+{
+    try {
+        work();
+    } catch (const Orv::Exception::Base& exception) {
+        return exception.message();
+    }
+    return QStringLiteral("nothing thrown");
+}
+
+QStringList logged;
+
+} // namespace
+
+TEST(LiveHashTree, AgreesWithTheDefinition)
+{
+    MD5LiveHashTree tree;
+    for (int count = 1; count <= 300; ++count) {
+        tree.reset();
+        for (int i = 0; i < count; ++i) {
+            tree.addNextHash(leaf(i));
+            ASSERT_LE(tree.getCurrentState().size(), std::floor(std::log2(i + 1)) + 1);
+        }
+        tree.finish();
+        ASSERT_EQ(tree.getFinalHash().toHex(), definition(0, count).toHex()) << count;
+    }
+}
+
+TEST(LiveHashTree, WorkedExample)
+{
+    const QByteArray A = "A", B = "bb", C, D = "D", E = "E"; // of any length
+    const QByteArray P = md5(md5(A + B) + md5(C + D));
+    MD5LiveHashTree tree;
+    for (const QByteArray& hash : {A, B, C, D, E})
+        tree.addNextHash(hash);
+    const QList<QPair<int, QByteArray>> pending = {{2, P}, {0, E}};
+    EXPECT_EQ(tree.getCurrentState(), pending);
+    EXPECT_FALSE(tree.finished());
+    tree.finish();
+    tree.finish();
+    EXPECT_TRUE(tree.finished());
+    EXPECT_EQ(tree.getFinalHash(), md5(P + E));
+}
+
+TEST(LiveHashTree, Misuse)
+{
+    MD5LiveHashTree tree;
+    EXPECT_EQ(messageOf([&] { tree.getFinalHash(); }), QStringLiteral("Hash tree not finished."));
+
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& message) {
+        logged.append(QString::number(type) + QLatin1Char(' ') + message);
+    });
+    EXPECT_EQ(messageOf([&] { tree.finish(); }), QStringLiteral("Live hash tree calculation failed"));
+    qInstallMessageHandler(nullptr);
+    ASSERT_EQ(logged.size(), 1);
+    EXPECT_THAT(logged[0].toStdString(),
+        testing::MatchesRegex(R"(2 \[ ORV \] \[ [0-9]+ \] )"
+                              "LiveHashTree: Live hash tree calculation failed, size != 1, size: 0"));
+    EXPECT_FALSE(tree.finished());
+
+    tree.addNextHash("leaf");
+    tree.finish();
+    EXPECT_EQ(tree.getFinalHash(), QByteArray("leaf")) << "unhashed";
+    EXPECT_EQ(messageOf([&] { tree.getCurrentState(); }), QStringLiteral("No state for finished tree."));
+    tree.reset();
+    EXPECT_EQ(messageOf([&] { tree.getFinalHash(); }), QStringLiteral("Hash tree not finished."));
+    EXPECT_TRUE(tree.getCurrentState().isEmpty());
+}
+
+TEST(LiveHashTreeNode, MergeAndText)
+{
+    MD5LiveHashTreeNode node(QByteArray::fromHex("01ab"));
+    EXPECT_EQ(node.toString(), QStringLiteral("Level: 0, hash: 01ab"));
+    node.promoteToLevel(4);
+    node.merge(MD5LiveHashTreeNode("right"));
+    EXPECT_EQ(node.level(), 5);
+    EXPECT_EQ(node.hash(), md5(QByteArray::fromHex("01ab") + "right"));
+}

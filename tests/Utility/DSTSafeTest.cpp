@@ -1,0 +1,112 @@
+#include "ScopedTimeZone.h"
+
+#include <Orv/Utility/DSTSafe.h>
+
+#include <QTemporaryDir>
+#include <QTimeZone>
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include <utmpx.h>
+
+using Orv::Utility::DSTSafe;
+
+namespace {
+
+std::string textOf(const QDateTime& time)
+{
+    return time.toString(Qt::ISODateWithMs).toStdString();
+}
+
+} // namespace
+
+TEST(DSTSafe, TimesInAGapAreMovedOn)
+{
+    struct Row {
+        const char* zone;
+        const char* time;
+        const char* expected;
+    };
+    const Row rows[] = {
+        {"America/New_York", "2024-03-10T02:30:00.000", "2024-03-10T03:30:00.000"},
+        {"America/New_York", "2024-03-10T03:00:00.000", "2024-03-10T03:00:00.000"},
+        {"America/New_York", "2024-11-03T01:30:00.000", "2024-11-03T01:30:00.000"}, // the hour that comes twice
+        {"Europe/Berlin", "2024-03-31T02:00:00.000", "2024-03-31T03:00:00.000"},
+        {"Europe/Berlin", "2024-03-31T02:59:59.999", "2024-03-31T03:59:59.999"},
+        {"Australia/Lord_Howe", "2024-10-06T02:15:00.000", "2024-10-06T02:45:00.000"}, // half an hour
+        {"America/Sao_Paulo", "2018-11-04T00:30:00.000", "2018-11-04T01:30:00.000"},   // at midnight
+        // Ireland's winter time is the one with an offset, of minus an hour: that is what the time is moved by.
+        {"Europe/Dublin", "2024-03-31T01:30:00.000", "2024-03-31T00:30:00.000"},
+        {"UTC", "2024-03-31T02:30:00.000", "2024-03-31T02:30:00.000"},
+    };
+    for (const Row& row : rows) {
+        const ScopedTimeZone zone(row.zone);
+        const QDate date = QDate::fromString(QString(row.time).left(10), Qt::ISODate);
+        const QTime time = QTime::fromString(QString(row.time).mid(11), Qt::ISODateWithMs);
+        const DSTSafe safe = DSTSafe(QDateTime(date, time, Qt::UTC));
+        EXPECT_EQ(textOf(safe.toQDateTime()), row.expected) << row.zone;
+        EXPECT_TRUE(safe.toQDateTime().isValid()) << row.zone;
+        EXPECT_EQ(safe.toQDateTime().timeSpec(), Qt::LocalTime) << row.zone;
+        EXPECT_EQ(textOf(safe.toUTCQDateTime()), std::string(row.time) + "Z") << row.zone;
+    }
+}
+
+TEST(DSTSafe, KeepsTheWallClock)
+{
+    const ScopedTimeZone zone("America/New_York");
+    const QDateTime utc(QDate(2024, 7, 1), QTime(12, 34, 56, 789), Qt::UTC);
+    EXPECT_EQ(textOf(DSTSafe(utc).toQDateTime()), "2024-07-01T12:34:56.789");
+    EXPECT_EQ(textOf(DSTSafe::fromVariant(utc).toQDateTime()), "2024-07-01T12:34:56.789");
+    DSTSafe safe(utc);
+    EXPECT_EQ(&safe.setDate(QDate(2024, 3, 10)).setTime(QTime(2, 30)), &safe);
+    EXPECT_EQ(textOf(safe.toQDateTime()), "2024-03-10T03:30:00.000");
+
+    const QDateTime before = QDateTime::currentDateTime();
+    const QDateTime now = DSTSafe().toUTCQDateTime();
+    const QDateTime after = QDateTime::currentDateTime();
+    EXPECT_TRUE(DSTSafe(before).toUTCQDateTime() <= now && now <= DSTSafe(after).toUTCQDateTime());
+}
+
+TEST(DSTSafe, ValidTimesStayAsTheyAre)
+{
+    const QDateTime zoned(QDate(2024, 3, 10), QTime(2, 30), QTimeZone("Asia/Kolkata"));
+    EXPECT_EQ(DSTSafe::check(zoned).timeZone(), zoned.timeZone());
+    EXPECT_EQ(DSTSafe::check(zoned), zoned);
+    DSTSafe::check(QDateTime()); // no time at all: nothing to be had, and no harm done
+}
+
+TEST(DSTSafe, ShrinkSeconds)
+{
+    for (const Qt::TimeSpec spec : {Qt::LocalTime, Qt::UTC}) {
+        QDateTime time(QDate(2024, 7, 1), QTime(10, 17, 59, 999), spec);
+        EXPECT_EQ(&Orv::Utility::shrinkSeconds(time), &time);
+        EXPECT_EQ(time, QDateTime(QDate(2024, 7, 1), QTime(10, 17), spec));
+        EXPECT_EQ(time.timeSpec(), spec);
+    }
+}
+
+TEST(DateTimeBoot, ReadsTheDatabaseOn)
+{
+    const QTemporaryDir folder;
+    const std::string path = folder.filePath(QStringLiteral("utmp")).toStdString();
+    const auto record = [](short type, int seconds) {
+        utmpx entry{};
+        entry.ut_type = type;
+        entry.ut_tv.tv_sec = seconds;
+        return entry;
+    };
+    std::ofstream file(path, std::ios::binary);
+    for (const utmpx& entry :
+        {record(USER_PROCESS, 1), record(BOOT_TIME, 1700000000), record(RUN_LVL, 2), record(BOOT_TIME, -1)})
+        file.write(reinterpret_cast<const char*>(&entry), sizeof entry);
+    file.close();
+
+    ::utmpxname(path.c_str());
+    ::setutxent();
+    EXPECT_EQ(Orv::Utility::dateTimeBoot(), QDateTime::fromSecsSinceEpoch(1700000000));
+    EXPECT_EQ(Orv::Utility::dateTimeBoot(), QDateTime::fromSecsSinceEpoch(4294967295)) << "seconds are unsigned";
+    EXPECT_FALSE(Orv::Utility::dateTimeBoot().isValid());
+    ::endutxent();
+}
