@@ -1,0 +1,44 @@
+#!/usr/bin/env bash
+# Seals a folder with the sample client, verifies the vault, opens it elsewhere and compares. Starts from a bare
+# Debian 12 or macOS machine, and leaves nothing behind but the build.
+# usage: ./demo.sh [FOLDER]    default: the project's own folder
+set -euo pipefail
+
+folder=$(cd "${1:-$(dirname "$0")}" && pwd -P)
+cd "$(dirname "$0")"
+
+tools/bootstrap.sh
+cmake --preset release >/dev/null
+cmake --build --preset release --target orvseal >/dev/null
+orvseal=$PWD/build/release/examples/orvseal/orvseal
+
+work=$(mktemp -d)
+# Read-only folders that were opened are no obstacle to removing them.
+trap 'chmod -R u+rwx "$work"; rm -rf "$work"' EXIT
+# An interrupt reaches the client as well, which stops by itself.
+trap 'exit 130' INT TERM
+
+(umask 077 && od -An -tx1 -N 16 /dev/urandom | tr -d ' \n' >"$work/password")
+
+step() { # COMMAND FOLDERS...
+    local status=0
+    "$orvseal" "$1" --password-file "$work/password" --log-dir "$work/log" "${@:2}" >"$work/$1.out" || status=$?
+    if [ "$status" -ne 0 ]; then
+        echo "The demo failed: \"orvseal $1\" ended with status $status; the lines above name what could not be done." >&2
+        exit 1
+    fi
+}
+
+echo "Folder:   $folder"
+step seal "$folder" "$work/vault"
+step verify "$work/vault"
+step open "$work/vault" "$work/opened"
+if ! diff -r --no-dereference "$folder" "$work/opened"; then
+    echo "The demo failed: what was opened is not what was sealed." >&2
+    exit 1
+fi
+for command in seal verify open; do tail -n 1 "$work/$command.out"; done
+echo "no difference between the folder and what was opened"
+echo
+echo "The last lines of the log:"
+tail -n 5 "$work/log/log_orvseal.log"

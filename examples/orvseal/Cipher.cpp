@@ -1,0 +1,53 @@
+#include "Cipher.h"
+
+#include "Work.h"
+
+#include <Orv/Core/Encryption/EncryptorBase.h>
+#include <Orv/Core/Encryption/Key.h>
+
+#include <memory>
+
+using namespace Orv::Core::Encryption;
+
+namespace orvseal {
+
+namespace {
+constexpr int PortionSize = 256 * 1024; // bytes; several jobs have one each
+}
+
+Cipher::Cipher(Algorithm algorithm, QByteArray key) : m_algorithm(algorithm), m_key(std::move(key))
+{
+}
+
+QByteArray Cipher::randomIv() const
+{
+    return Key::random(Key::ivLength(m_algorithm));
+}
+
+qint64 Cipher::sealedSize(qint64 plainSize) const
+{
+    const qint64 blockSize = Key::ivLength(m_algorithm);
+    return (plainSize / blockSize + 1) * blockSize;
+}
+
+void Cipher::run(
+    Direction direction, const QByteArray& iv, const QSharedPointer<QIODevice>& source, const Sink& sink) const
+{
+    const std::unique_ptr<EncryptorBase> encryptor(EncryptorBase::create(m_algorithm, direction == Encrypt, Cbc));
+    encryptor->setKey(m_key);
+    encryptor->setIv(iv);
+    encryptor->setSource(source);
+    encryptor->init();
+
+    QByteArray portion(PortionSize, Qt::Uninitialized);
+    while (!encryptor->atEnd()) {
+        stopIfInterrupted();
+        const qint64 size = encryptor->readData(portion.data(), portion.size());
+        // Files give all they are asked for until they end: no bytes before the end are a failure, not a pause.
+        if (size == 0 && !encryptor->atEnd())
+            throw Orv::Exception::Base(source->errorString());
+        sink(portion.constData(), size);
+    }
+}
+
+} // namespace orvseal

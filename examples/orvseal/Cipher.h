@@ -1,0 +1,35 @@
+#pragma once
+
+#include <Orv/Core/Encryption/Algorithm.h>
+
+#include <QByteArray>
+#include <QIODevice>
+#include <QSharedPointer>
+
+#include <functional>
+
+namespace orvseal {
+
+/// The algorithm and the key of a vault. Every stream has an IV of its own. Thread-safe.
+class Cipher {
+public:
+    using Sink = std::function<void(const char* data, qint64 size)>;
+    enum Direction { Decrypt, Encrypt };
+
+    Cipher(Orv::Core::Encryption::Algorithm algorithm, QByteArray key);
+
+    QByteArray randomIv() const;
+    /// How long a stream of `plainSize` bytes becomes: the padding fills the last block, or is one.
+    qint64 sealedSize(qint64 plainSize) const;
+
+    /// Sends all of `source` through the cipher and hands the result to `sink`, portion by portion. Throws what the
+    /// library and the sink throw, and when the source fails or an interrupt has come.
+    void run(
+        Direction direction, const QByteArray& iv, const QSharedPointer<QIODevice>& source, const Sink& sink) const;
+
+private:
+    const Orv::Core::Encryption::Algorithm m_algorithm;
+    const QByteArray m_key;
+};
+
+} // namespace orvseal

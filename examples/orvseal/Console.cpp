@@ -1,0 +1,131 @@
+#include "Console.h"
+
+#include "Work.h"
+
+#include <Orv/Log/OrvDebug.h>
+
+#include <QFile>
+#include <QLocale>
+#include <QTextStream>
+
+#include <cerrno>
+#include <cstdio>
+#include <termios.h>
+#include <unistd.h>
+
+namespace orvseal {
+
+namespace {
+
+constexpr int LongestPassword = 64 * 1024; // bytes
+
+/// Switches the terminal's echo off for its own lifetime.
+class SilentTerminal {
+public:
+    SilentTerminal()
+    {
+        m_changed = ::tcgetattr(STDIN_FILENO, &m_before) == 0;
+        termios silent = m_before;
+        silent.c_lflag &= ~tcflag_t(ECHO);
+        m_changed = m_changed && ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent) == 0;
+        if (!m_changed)
+            throw Orv::Exception::Base(QStringLiteral("the terminal's echo cannot be switched off"));
+    }
+    ~SilentTerminal() { ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &m_before); }
+    SilentTerminal(const SilentTerminal&) = delete;
+    SilentTerminal& operator=(const SilentTerminal&) = delete;
+
+private:
+    termios m_before = {};
+    bool m_changed = false;
+};
+
+QByteArray typedPassword(const char* prompt)
+{
+    const SilentTerminal silence;
+    std::fputs(prompt, stderr);
+    QByteArray password;
+    for (char character = 0; password.size() < LongestPassword;) {
+        const ssize_t count = ::read(STDIN_FILENO, &character, 1);
+        stopIfInterrupted();
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0 || character == '\n')
+            break;
+        password += character;
+    }
+    std::fputs("\n", stderr); // the one that was typed had no echo either
+    return password;
+}
+
+QByteArray promptedPassword(bool confirmed)
+{
+    if (!::isatty(STDIN_FILENO))
+        throw Orv::Exception::Base(
+            QStringLiteral("no password: give --password-file, set ORVSEAL_PASSWORD, or start orvseal on a terminal"));
+    const QByteArray password = typedPassword("Password: ");
+    if (confirmed && typedPassword("The same again: ") != password)
+        throw Orv::Exception::Base(QStringLiteral("the two passwords differ"));
+    return password;
+}
+
+QByteArray passwordOfFile(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw Orv::Exception::Base(QStringLiteral("the password file cannot be read: ") + file.errorString());
+    QByteArray password = file.read(LongestPassword);
+    if (file.error() != QFile::NoError || !file.atEnd())
+        throw Orv::Exception::Base(QStringLiteral("the password file cannot be read, or is too long"));
+    if (password.endsWith('\n'))
+        password.chop(1);
+    return password;
+}
+
+} // namespace
+
+void print(const QString& line)
+{
+    Orv::OrvDebug::output() << line << Qt::endl;
+}
+
+QString printable(const QString& text)
+{
+    QString result;
+    for (const QChar character : text) {
+        if (character == '\n')
+            result += QLatin1String("\\n");
+        else if (character.category() == QChar::Other_Control)
+            result += QStringLiteral("\\x%1").arg(character.unicode(), 2, 16, QLatin1Char('0'));
+        else
+            result += character;
+    }
+    return result;
+}
+
+QString sizeText(qint64 bytes)
+{
+    return QLocale::c().formattedDataSize(bytes, 2, QLocale::DataSizeSIFormat);
+}
+
+QString durationText(qint64 milliseconds)
+{
+    return QStringLiteral("%1 s").arg(double(milliseconds) / 1000, 0, 'f', 2);
+}
+
+QByteArray obtainPassword(const QString& passwordFile, bool confirmed)
+{
+    static constexpr char Variable[] = "ORVSEAL_PASSWORD";
+    QByteArray password;
+    if (!passwordFile.isNull())
+        password = passwordOfFile(passwordFile);
+    else if (qEnvironmentVariableIsSet(Variable))
+        password = qgetenv(Variable);
+    else
+        password = promptedPassword(confirmed);
+    if (password.isEmpty())
+        throw Orv::Exception::Base(QStringLiteral("an empty password is no password"));
+    return password;
+}
+
+} // namespace orvseal

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QString>
+
+#include <filesystem>
+#include <sys/types.h>
+
+/// Files and folders, as both sealing and opening need them.
+namespace orvseal {
+
+/// The system's own form of a path, for what Qt does not offer: permissions and links as they are, and names as they
+/// are (Qt takes accents apart on macOS; the system then finds the same file, but a new one has another name).
+std::filesystem::path nativePath(const QString& path);
+
+/// Makes `path` a folder to be filled: a new one, or an empty one that is there. Returns whether it is new. Throws,
+/// with nothing touched, if there is anything in it, or if it lies in `source`, from which it will be filled.
+bool prepareEmptyFolder(const QString& path, const QString& source);
+
+/// Makes a folder that only its owner may enter. Throws if it cannot, or if there is something of that name.
+void makeFolder(const QString& path);
+
+/// What the system says of an entry. A link is not followed.
+struct FileState {
+    mode_t type = 0;     ///< S_IFREG and so on
+    int permissions = 0; ///< the nine bits of read, write and execute
+    qint64 size = 0;     ///< bytes
+    qint64 modified = 0; ///< ms since 1970, UTC
+
+    bool isSameContent(const FileState& other) const { return size == other.size && modified == other.modified; }
+};
+
+/// Throws if it cannot be found out.
+FileState stateOf(const QString& path);
+
+/// Throws if it cannot.
+void setPermissions(const QString& path, int permissions);
+/// The modification time in ms since 1970, UTC; also of a link itself. Throws if it cannot.
+void setModified(const QString& path, qint64 modified);
+
+/// Hashes and counts what is read from it, so that a file is read only once.
+class HashingFile : public QFile {
+public:
+    using QFile::QFile;
+
+    QByteArray sha256() const { return m_hash.result(); }
+    qint64 count() const { return m_count; }
+
+protected:
+    qint64 readData(char* data, qint64 maxSize) override;
+
+private:
+    QCryptographicHash m_hash{QCryptographicHash::Sha256};
+    qint64 m_count = 0;
+};
+
+/// A file that did not exist before, and is gone again unless it is kept. What it throws is `CannotGoOn`: its place and
+/// its name are ours, so the next file would fare no better.
+class NewFile {
+public:
+    /// Throws if there is something of that name already.
+    explicit NewFile(const QString& path);
+    ~NewFile();
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+
+    void write(const char* data, qint64 size);
+    /// Nothing more will be written: only now is it sure that all was.
+    void close();
+    void keep() { m_kept = true; }
+    /// Keeps the closed file under another name. Throws an ordinary exception if it cannot, or if there is something
+    /// of that name. Not to be called at the same time for names that may be the same.
+    void keepAs(const QString& path);
+
+private:
+    [[noreturn]] void fail() const;
+
+    QFile m_file;
+    bool m_kept = false;
+};
+
+} // namespace orvseal

@@ -1,0 +1,138 @@
+#include "Report.h"
+
+#include "Console.h"
+#include "Work.h"
+
+#include <Orv/Log/OrvDebug.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <unistd.h>
+
+namespace orvseal {
+
+namespace {
+
+constexpr int BarWidth = 30;          // characters
+constexpr qint64 LineInterval = 5000; // ms
+
+bool hasTerminal()
+{
+    static const bool terminal = ::isatty(STDERR_FILENO) != 0;
+    return terminal;
+}
+
+QString filesText(qint64 count)
+{
+    return count == 1 ? QStringLiteral("1 file") : QStringLiteral("%1 files").arg(count);
+}
+
+void printError(const QString& line)
+{
+    std::fprintf(stderr, "%s\n", qUtf8Printable(line));
+}
+
+} // namespace
+
+void Report::begin(const QString& activity, qint64 files, qint64 bytes)
+{
+    m_activity = activity;
+    m_totalBytes = bytes;
+    m_timer.start();
+    showProblems();
+    const QString line = QStringLiteral("%1 %2, %3").arg(activity, filesText(files), sizeText(bytes));
+    print(line);
+    Orv::OrvDebug("orvseal").info() << line;
+}
+
+void Report::advance(qint64 bytes)
+{
+    m_bytes += bytes;
+}
+
+void Report::fileDone()
+{
+    ++m_files;
+}
+
+void Report::problem(const QString& path, const QString& reason)
+{
+    const QString line = printable(QStringLiteral("%1: %2").arg(path, reason));
+    Orv::OrvDebug("orvseal").warning() << line;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_newProblems += line;
+    ++m_problems;
+}
+
+void Report::attempt(const QString& path, const std::function<void()>& work)
+{
+    stopIfInterrupted();
+    try {
+        work();
+    } catch (const Orv::Exception::Canceled&) {
+        throw;
+    } catch (const CannotGoOn&) {
+        throw;
+    } catch (const std::exception& failure) {
+        problem(path, QString::fromUtf8(failure.what()));
+    }
+}
+
+void Report::show()
+{
+    showProblems();
+    if (hasTerminal()) {
+        const int filled = int(portionDone() * BarWidth);
+        const QString bar = QString(filled, '#').leftJustified(BarWidth);
+        std::fprintf(stderr, "\r[%s] %s\x1b[K", qUtf8Printable(bar), qUtf8Printable(progressText()));
+        m_barShown = true;
+    } else if (m_timer.elapsed() - m_lastLine >= LineInterval) {
+        m_lastLine = m_timer.elapsed();
+        printError(progressText());
+    }
+}
+
+void Report::showProblems()
+{
+    clearBar();
+    QStringList lines;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        lines.swap(m_newProblems);
+    }
+    for (const QString& line : qAsConst(lines))
+        printError(QStringLiteral("orvseal: ") + line);
+}
+
+void Report::finish(const QString& done)
+{
+    showProblems();
+    const qint64 milliseconds = std::max<qint64>(1, m_timer.elapsed());
+    const qint64 bytesPerSecond = qint64(double(m_bytes) * 1000 / double(milliseconds));
+    QString line =
+        QStringLiteral("%1 %2, %3, %4, %5/s")
+            .arg(done, filesText(m_files), sizeText(m_bytes), durationText(milliseconds), sizeText(bytesPerSecond));
+    if (m_problems > 0)
+        line += QStringLiteral("; %1 entries could not be done").arg(m_problems);
+    print(line);
+    Orv::OrvDebug("orvseal").info() << line;
+}
+
+void Report::clearBar()
+{
+    if (m_barShown)
+        std::fputs("\r\x1b[K", stderr);
+    m_barShown = false;
+}
+
+double Report::portionDone() const
+{
+    return m_totalBytes > 0 ? std::min(1.0, double(m_bytes) / double(m_totalBytes)) : 0;
+}
+
+QString Report::progressText() const
+{
+    return QStringLiteral("%1 %2 %, %3").arg(m_activity).arg(int(portionDone() * 100)).arg(sizeText(m_bytes));
+}
+
+} // namespace orvseal

@@ -1,0 +1,260 @@
+#include "Commands.h"
+#include "Console.h"
+#include "Files.h"
+#include "Vault.h"
+#include "Work.h"
+
+#include <Orv/Core/Encryption/Key.h>
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <map>
+#include <sys/stat.h>
+
+using Orv::Core::Encryption::Key;
+using Orv::Exception::Base;
+
+namespace fs = std::filesystem;
+
+namespace orvseal {
+
+namespace {
+
+QString sealedName(std::size_t number)
+{
+    return QStringLiteral("%1.sealed").arg(number, 8, 10, QLatin1Char('0'));
+}
+
+QString nameOf(mode_t type)
+{
+    static const std::map<mode_t, QString> names = {
+        {S_IFSOCK, QStringLiteral("a socket")},
+        {S_IFIFO, QStringLiteral("a pipe")},
+        {S_IFBLK, QStringLiteral("a block device")},
+        {S_IFCHR, QStringLiteral("a character device")},
+    };
+    const auto name = names.find(type);
+    return name == names.end() ? QStringLiteral("neither file nor folder nor link") : name->second;
+}
+
+void throwIf(const std::error_code& error)
+{
+    if (error)
+        throw Base(QString::fromStdString(error.message()));
+}
+
+/// The manifest holds text: a name that is none would not come back as it was.
+QString textOf(const std::string& name)
+{
+    const QString text = QString::fromStdString(name);
+    if (text.toStdString() != name)
+        throw Base(QStringLiteral("skipped: its name or target is not valid UTF-8"));
+    return text;
+}
+
+QString targetOf(const fs::path& link)
+{
+    std::error_code error;
+    const fs::path target = fs::read_symlink(link, error);
+    throwIf(error);
+    return textOf(target);
+}
+
+/// Walks the source folder, without following links.
+class Scan {
+public:
+    Scan(const QString& source, Report& report) : m_source(source), m_report(report) { }
+
+    /// What is to be sealed, parents before what is in them. Throws if the source folder itself cannot be read.
+    std::vector<Entry> run()
+    {
+        readFolder(QString());
+        while (!m_folders.empty()) {
+            const QString folder = m_folders.back();
+            m_folders.pop_back();
+            m_report.attempt(folder, [&] { readFolder(folder + '/'); });
+        }
+        std::sort(m_entries.begin(), m_entries.end(), [](const Entry& a, const Entry& b) { return a.path < b.path; });
+        return std::move(m_entries);
+    }
+
+private:
+    /// `prefix` is the folder's relative path with a slash behind it; empty for the source folder itself.
+    void readFolder(const QString& prefix)
+    {
+        // Qt's own iterator leaves out names that are not text, and dangling links unless asked.
+        std::error_code error;
+        fs::directory_iterator item(nativePath(m_source + '/' + prefix), error);
+        for (; !error && item != fs::directory_iterator(); item.increment(error)) {
+            const fs::path place = item->path();
+            m_report.attempt(prefix + QString::fromStdString(place.filename()), [&] { add(prefix, place); });
+        }
+        throwIf(error);
+    }
+
+    void add(const QString& prefix, const fs::path& place)
+    {
+        Entry entry;
+        entry.path = prefix + textOf(place.filename());
+        const FileState state = stateOf(m_source + '/' + entry.path);
+        entry.permissions = state.permissions;
+        entry.modified = state.modified;
+        switch (state.type) {
+        case S_IFREG:
+            entry.type = Entry::File;
+            entry.size = state.size;
+            break;
+        case S_IFDIR:
+            entry.type = Entry::Folder;
+            m_folders.push_back(entry.path);
+            break;
+        case S_IFLNK:
+            entry.type = Entry::Link;
+            entry.target = targetOf(place);
+            break;
+        default:
+            throw Base(QStringLiteral("skipped: ") + nameOf(state.type));
+        }
+        m_entries.push_back(entry);
+    }
+
+    const QString m_source;
+    Report& m_report;
+    std::vector<QString> m_folders; // still to be read
+    std::vector<Entry> m_entries;
+};
+
+/// A vault on its way. Unless it gets finished, what has been written of it is removed again, and nothing else.
+class NewVault {
+public:
+    NewVault(const QString& path, const QString& source) : m_path(path), m_isNew(prepareEmptyFolder(path, source)) { }
+
+    ~NewVault()
+    {
+        if (m_finished)
+            return;
+        std::error_code ignored;
+        if (m_begun) {
+            for (const QString& file : m_sealedFiles)
+                QFile::remove(file);
+            fs::remove(nativePath(dataFolder(m_path)), ignored); // which it does to empty folders only
+            QFile::remove(headPath(m_path));
+        }
+        if (m_isNew)
+            fs::remove(nativePath(m_path), ignored);
+    }
+
+    NewVault(const NewVault&) = delete;
+    NewVault& operator=(const NewVault&) = delete;
+
+    void begin(const VaultHead& head, const std::vector<Entry*>& files)
+    {
+        makeFolder(dataFolder(m_path));
+        m_begun = true;
+        for (const Entry* file : files)
+            m_sealedFiles.push_back(sealedPath(m_path, *file));
+        writeHead(m_path, head);
+    }
+
+    void finish(const VaultHead& head, const Cipher& cipher, const std::vector<Entry>& entries)
+    {
+        writeManifest(m_path, head, cipher, entries);
+        m_finished = true;
+    }
+
+private:
+    const QString m_path;
+    const bool m_isNew;
+    std::vector<QString> m_sealedFiles;
+    bool m_begun = false;
+    bool m_finished = false;
+};
+
+/// Seals one file and completes its entry.
+void sealFile(const QString& sourcePath, const QString& vault, const Cipher& cipher, Entry& entry, Report& report)
+{
+    const FileState before = stateOf(sourcePath); // what the scan saw may be long ago
+    if (before.type != S_IFREG)
+        throw Base(QStringLiteral("no longer a file"));
+    const auto source = QSharedPointer<HashingFile>::create(sourcePath);
+    if (!source->open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        throw Base(source->errorString());
+    const auto requireUnchanged = [](bool unchanged) {
+        if (!unchanged)
+            throw Base(QStringLiteral("changed while it was read"));
+    };
+
+    NewFile sealed(sealedPath(vault, entry));
+    const QByteArray iv = cipher.randomIv();
+    qint64 reported = 0;
+    cipher.run(Cipher::Encrypt, iv, source, [&](const char* data, qint64 size) {
+        requireUnchanged(source->count() <= before.size); // or it might go on growing for ever
+        sealed.write(data, size);
+        report.advance(source->count() - reported);
+        reported = source->count();
+    });
+    sealed.close();
+    requireUnchanged(source->count() == before.size && stateOf(sourcePath).isSameContent(before));
+    sealed.keep();
+
+    entry.size = before.size;
+    entry.modified = before.modified;
+    entry.iv = iv;
+    entry.sha256 = source->sha256();
+    report.fileDone();
+}
+
+/// Numbers the files, for the names of their sealed ones, and lists them.
+std::vector<Entry*> numberFiles(std::vector<Entry>& entries)
+{
+    std::vector<Entry*> files;
+    for (Entry& entry : entries) {
+        if (entry.type != Entry::File)
+            continue;
+        entry.sealedName = sealedName(files.size() + 1);
+        files.push_back(&entry);
+    }
+    return files;
+}
+
+bool isUnsealedFile(const Entry& entry)
+{
+    return entry.type == Entry::File && entry.sha256.isEmpty();
+}
+
+} // namespace
+
+void sealFolder(const QString& source, const QString& vault, const Options& options, Report& report)
+{
+    if (!QFileInfo(source).isDir())
+        throw Base(QStringLiteral("%1 is not a folder").arg(source));
+    NewVault newVault(vault, source);
+    const QByteArray password = obtainPassword(options.passwordFile, true);
+
+    std::vector<Entry> entries = Scan(source, report).run();
+    const std::vector<Entry*> files = numberFiles(entries);
+    qint64 bytes = 0;
+    for (const Entry* file : files)
+        bytes += file->size;
+    report.begin(QStringLiteral("sealing"), qint64(files.size()), bytes);
+
+    VaultHead head;
+    head.algorithm = options.algorithm;
+    head.salt = Key::randomSalt();
+    head.iterations = Key::ITERATION_ADVANCED;
+    head.manifestIv = Key::random(Key::ivLength(options.algorithm));
+    const Cipher cipher = makeCipher(head, password);
+    newVault.begin(head, files);
+    const auto sealOne = [&](std::size_t index) {
+        Entry& entry = *files[index];
+        report.attempt(entry.path, [&] { sealFile(source + '/' + entry.path, vault, cipher, entry, report); });
+    };
+    forEachIndex(files.size(), options.jobs, sealOne, [&report] { report.show(); });
+
+    entries.erase(std::remove_if(entries.begin(), entries.end(), isUnsealedFile), entries.end());
+    newVault.finish(head, cipher, entries);
+    report.finish(QStringLiteral("sealed"));
+}
+
+} // namespace orvseal

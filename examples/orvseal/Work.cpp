@@ -1,0 +1,73 @@
+#include "Work.h"
+
+#include <QString>
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <future>
+#include <vector>
+
+namespace orvseal {
+
+namespace {
+
+constexpr std::chrono::milliseconds IdleInterval(200);
+
+std::atomic<int> receivedSignal{0};
+static_assert(std::atomic<int>::is_always_lock_free, "a signal handler may not wait for a lock");
+
+void rememberSignal(int signal)
+{
+    receivedSignal = signal;
+}
+
+} // namespace
+
+void catchInterrupts()
+{
+    struct sigaction action = {};
+    action.sa_handler = rememberSignal;
+    // Without SA_RESTART, so that the password prompt ends at once.
+    sigemptyset(&action.sa_mask);
+    for (const int signal : {SIGINT, SIGTERM})
+        sigaction(signal, &action, nullptr);
+}
+
+int interruptSignal()
+{
+    return receivedSignal;
+}
+
+void stopIfInterrupted()
+{
+    if (receivedSignal != 0)
+        throw Orv::Exception::Canceled(QStringLiteral("interrupted"));
+}
+
+void forEachIndex(
+    std::size_t count, int jobs, const std::function<void(std::size_t)>& task, const std::function<void()>& idle)
+{
+    std::atomic<std::size_t> next{0};
+    std::atomic<bool> stopped{false};
+    const auto work = [&] {
+        try {
+            for (std::size_t index = next++; index < count && !stopped; index = next++)
+                task(index);
+        } catch (...) {
+            stopped = true;
+            throw;
+        }
+    };
+
+    std::vector<std::future<void>> workers;
+    for (int job = 0; job < jobs; ++job)
+        workers.push_back(std::async(std::launch::async, work));
+    for (std::future<void>& worker : workers) {
+        while (worker.wait_for(IdleInterval) != std::future_status::ready)
+            idle();
+        worker.get();
+    }
+}
+
+} // namespace orvseal

@@ -1,0 +1,185 @@
+#include "Commands.h"
+#include "Console.h"
+#include "Work.h"
+
+#include <Orv/Core/Version.h>
+#include <Orv/Log/LogManager.h>
+#include <Orv/Log/OrvDebug.h>
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDir>
+#include <QTextCodec>
+#include <QThread>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+using namespace orvseal;
+using Orv::Exception::Base;
+using namespace Orv::Core::Encryption;
+
+namespace {
+
+constexpr int NothingDone = 2;    // exit status
+constexpr int SignalStatus = 128; // exit status, plus the signal's number
+constexpr int MostJobs = 64;      // each has two files open
+
+constexpr char Description[] = R"(Seals a folder into an encrypted vault, and opens it again.
+
+  orvseal seal SOURCE VAULT     makes the vault VAULT, a new or empty folder outside SOURCE
+  orvseal open VAULT TARGET     puts what is in VAULT into TARGET, a new or empty folder
+  orvseal verify VAULT          reads all that is in VAULT and names what is damaged
+  orvseal list VAULT            lists what is in VAULT, times in UTC
+
+Files, folders and links are sealed with their permissions and modification times; links are not followed. Sockets,
+pipes, devices and names that are not valid UTF-8 are skipped, and each one is named.
+
+The password is what --password-file holds, less a newline at its end; or else the environment variable
+ORVSEAL_PASSWORD; or else it is asked for on the terminal.
+
+Exit status: 0, all done; 1, some entries could not be done or were skipped, each one named; 2, nothing could be done;
+130 or 143, interrupted by SIGINT or SIGTERM: then no vault is left by "seal", and only complete files by "open".)";
+
+struct AlgorithmName {
+    const char* name;
+    Algorithm algorithm;
+};
+
+constexpr std::array<AlgorithmName, 6> AlgorithmNames = {{
+    {"aes128", Aes128},
+    {"aes192", Aes192},
+    {"aes256", Aes256},
+    {"des", Des},
+    {"des112", Des112},
+    {"des3", Des3},
+}};
+
+QString validAlgorithms()
+{
+    QStringList names;
+    for (const AlgorithmName& row : AlgorithmNames)
+        names += row.name;
+    return names.join(QStringLiteral(", "));
+}
+
+Algorithm algorithmOf(const QString& name)
+{
+    const auto row = std::find_if(AlgorithmNames.begin(), AlgorithmNames.end(),
+        [&name](const AlgorithmName& candidate) { return name == QLatin1String(candidate.name); });
+    if (row == AlgorithmNames.end())
+        throw Base(QStringLiteral("there is no algorithm \"%1\"; there are %2").arg(name, validAlgorithms()));
+    return row->algorithm;
+}
+
+int jobsOf(const QString& text)
+{
+    bool isNumber = false;
+    const int jobs = text.toInt(&isNumber);
+    if (!isNumber || jobs < 1 || jobs > MostJobs)
+        throw Base(QStringLiteral("--jobs has to be a number from 1 to %1").arg(MostJobs));
+    return jobs;
+}
+
+/// Sends what the program and the library log to a file in `folder`, or nowhere: never to the terminal.
+void startLog(const QString& folder)
+{
+    Orv::LogManager& log = Orv::LogManager::instance();
+    if (folder.isEmpty()) {
+        log.setLogLevel(Orv::LogManager::Disabled);
+    } else {
+        // The library would wait in silence for the folder to become usable.
+        if (!QDir().mkpath(folder))
+            throw Base(QStringLiteral("the log folder %1 cannot be made").arg(folder));
+        log.setAppPrefix(QStringLiteral("orvseal"));
+        log.setLogPath(folder);
+        log.setLogLevel(Orv::LogManager::InfoHigh);
+        log.setOutToFile(true);
+    }
+    log.init();
+}
+
+/// The arguments after the command.
+QStringList argumentsOf(const QCommandLineParser& parser, int count)
+{
+    const QStringList arguments = parser.positionalArguments().mid(1);
+    if (arguments.size() != count || arguments.contains(QString()))
+        throw Base(QStringLiteral("wrong number of arguments; see orvseal --help"));
+    return arguments;
+}
+
+void run(const QCoreApplication& application, Report& report)
+{
+    const QCommandLineOption algorithm(QStringLiteral("algorithm"),
+        QStringLiteral("For \"seal\": the cipher, one of %1. Default: aes256.").arg(validAlgorithms()),
+        QStringLiteral("NAME"), QStringLiteral("aes256"));
+    const QCommandLineOption jobs(QStringLiteral("jobs"),
+        QStringLiteral("How many files to work on at a time. Default: the number of processors."), QStringLiteral("N"),
+        QString::number(std::clamp(QThread::idealThreadCount(), 1, MostJobs)));
+    const QCommandLineOption passwordFile(
+        QStringLiteral("password-file"), QStringLiteral("The file with the password."), QStringLiteral("F"));
+    const QCommandLineOption logFolder(QStringLiteral("log-dir"),
+        QStringLiteral("Write the log file log_orvseal.log in this folder. Default: no log."), QStringLiteral("D"));
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QLatin1String(Description));
+    parser.addOptions({algorithm, jobs, passwordFile, logFolder});
+    const QCommandLineOption help = parser.addHelpOption();
+    parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("seal, open, verify or list."));
+    parser.addPositionalArgument(
+        QStringLiteral("folders"), QStringLiteral("As above."), QStringLiteral("folder [folder]"));
+    if (!parser.parse(application.arguments()))
+        throw Base(parser.errorText());
+    if (parser.isSet(help))
+        parser.showHelp();
+
+    const QString command = parser.positionalArguments().value(0);
+    Options options;
+    options.algorithm = algorithmOf(parser.value(algorithm));
+    options.jobs = jobsOf(parser.value(jobs));
+    if (parser.isSet(passwordFile))
+        options.passwordFile = parser.value(passwordFile);
+    if (parser.isSet(algorithm) && command != QLatin1String("seal"))
+        throw Base(QStringLiteral("--algorithm is for \"seal\" alone: a vault knows its own"));
+
+    startLog(parser.value(logFolder));
+    Orv::OrvDebug("orvseal").info() << command << "begins," << Orv::Core::Version::string();
+    if (command == QLatin1String("seal")) {
+        const QStringList folders = argumentsOf(parser, 2);
+        sealFolder(folders[0], folders[1], options, report);
+    } else if (command == QLatin1String("open")) {
+        const QStringList folders = argumentsOf(parser, 2);
+        openVault(folders[0], folders[1], options, report);
+    } else if (command == QLatin1String("verify")) {
+        verifyVault(argumentsOf(parser, 1)[0], options, report);
+    } else if (command == QLatin1String("list")) {
+        listVault(argumentsOf(parser, 1)[0], options);
+    } else {
+        throw Base(QStringLiteral("the command has to be seal, open, verify or list; see orvseal --help"));
+    }
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    // File names are UTF-8, whatever the locale: without this the C locale would not let most of them through.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    const QCoreApplication application(argc, argv);
+    catchInterrupts();
+
+    Report report;
+    QString failure;
+    try {
+        run(application, report);
+    } catch (const std::exception& exception) {
+        failure = printable(QString::fromUtf8(exception.what()));
+    }
+    report.showProblems();
+    if (failure.isNull())
+        return report.exitStatus();
+    if (Orv::LogManager::instance().isInit()) // before, it would come to the terminal
+        Orv::OrvDebug("orvseal").error() << failure;
+    std::fprintf(stderr, "orvseal: %s\n", qUtf8Printable(failure));
+    return interruptSignal() != 0 ? SignalStatus + interruptSignal() : NothingDone;
+}

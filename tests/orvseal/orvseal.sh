@@ -1,0 +1,552 @@
+#!/usr/bin/env bash
+# Drives the sample client on real folders.
+# usage: orvseal.sh PROGRAM
+#
+# Each check is a function that runs in a subshell of its own, in an empty folder, and ends at its first failure.
+# shellcheck disable=SC2317 # the checks are found by their names
+set -euo pipefail
+
+program=$1
+work=$(mktemp -d)
+trap 'chmod -R u+rwx "$work"; rm -rf "$work"' EXIT
+export ORVSEAL_PASSWORD='correct horse'
+
+fail() {
+    echo "    $*"
+    exit 1
+}
+
+# Runs the program and compares its exit status. What it prints goes to the files out and err.
+expect_status() {
+    local expected=$1 status=0
+    shift
+    "$program" "$@" >out 2>err </dev/null || status=$?
+    [ "$status" -eq "$expected" ] || fail "exit status $status, not $expected, of: $* ($(cat err))"
+}
+
+expect_line() { # FILE TEXT
+    grep -qF -- "$2" "$1" || fail "no \"$2\" in $1, which holds: $(cat "$1")"
+}
+
+# A command that could do nothing says why in one line, and nothing else.
+expect_refusal() {
+    expect_status 2 "$@"
+    [ "$(wc -l <err)" -eq 1 ] || fail "not one line of: $* ($(cat err))"
+    [ ! -s out ] || fail "there is output of: $* ($(cat out))"
+}
+
+expect_absent() {
+    if [ -e "$1" ] || [ -L "$1" ]; then fail "$1 exists"; fi
+}
+
+expect_same_trees() {
+    diff -r --no-dereference "$1" "$2" || fail "$1 and $2 differ"
+}
+
+# Permissions and modification times, in seconds, of all that is below $1
+attributes() {
+    local form=(-c '%a %Y %n')
+    stat "${form[@]}" . >/dev/null 2>&1 || form=(-f '%Lp %m %N') # as macOS has it
+    (cd "$1" && find . -mindepth 1 -exec stat "${form[@]}" {} +) | sort
+}
+
+small_vault() {
+    mkdir -p source/folder
+    echo one >source/one
+    echo two >source/folder/two
+    expect_status 0 seal source vault
+}
+
+large_file() { # FILE MEBIBYTES: a hole, which takes no space
+    dd if=/dev/zero of="$1" bs=1048576 count=0 seek="$2" 2>/dev/null
+}
+
+change_byte() { # FILE OFFSET
+    local byte
+    byte=$(od -An -tu1 -j "$2" -N 1 "$1")
+    # shellcheck disable=SC2059 # the format is the byte
+    printf "\\$(printf %03o $((byte ^ 1)))" | dd of="$1" bs=1 seek="$2" conv=notrunc 2>/dev/null
+}
+
+check_round_trip() {
+    mkdir -p 'source/with spaces/deeper' source/empty "source/new
+line"
+    echo dash >source/-dash
+    echo star >'source/*'
+    echo quote >"source/\"quote' \\back"
+    echo uni >source/größe-日本
+    echo tail >'source/with spaces/deeper/ trailing '
+    : >source/nothing
+    echo inside >"source/new
+line/file"
+    ln -s 'with spaces' source/link
+    ln -s /nowhere/at/all source/dangling
+    ln -s .. source/empty/parent
+    mkdir source/folder.with.a.name.that.ends.late && : >"source/$(printf '%0250d' 0)"
+    expect_status 0 seal source vault
+    expect_line out 'sealed 8 files'
+    expect_status 0 verify vault
+    expect_line out 'verified 8 files'
+    expect_status 0 open vault target
+    expect_same_trees source target
+    [ "$(readlink target/dangling)" = /nowhere/at/all ] || fail "a dangling link has another target"
+    [ "$(attributes source)" = "$(attributes target)" ] || fail "permissions or times differ"
+    [ -z "$(find target -name '.orvseal*')" ] || fail "something is left of the work: $(ls -A target)"
+}
+
+check_sizes_around_blocks_and_portions() {
+    mkdir source
+    local size
+    for size in 1 7 8 9 15 16 17 31 32 33 262143 262144 262145 262160 524287 524288 524289 1000000; do
+        head -c "$size" /dev/urandom >"source/$size"
+    done
+    expect_status 0 seal --jobs 3 source vault
+    expect_status 0 verify --jobs 3 vault
+    expect_status 0 open --jobs 3 vault target
+    expect_same_trees source target
+}
+
+check_every_algorithm() {
+    mkdir source
+    head -c 300000 /dev/urandom >source/file
+    local row name stored length
+    for row in 'des "DES" 8' 'des112 "TripleDES" 16' 'des3 "TripleDES" 24' 'aes128 "AES" 16' 'aes192 "AES" 24' \
+        'aes256 "AES" 32'; do
+        read -r name stored length <<<"$row"
+        expect_status 0 seal --algorithm "$name" source "vault.$name"
+        expect_line "vault.$name/vault.json" "\"algorithm\": $stored"
+        expect_line "vault.$name/vault.json" "\"keyLength\": $length"
+        expect_status 0 open "vault.$name" "target.$name"
+        expect_same_trees source "target.$name"
+    done
+    expect_status 0 seal source vault.default
+    expect_line vault.default/vault.json '"keyLength": 32'
+}
+
+check_content_is_sealed() {
+    mkdir source
+    printf 'a very secret text %.0s' 1 2 3 4 5 6 7 8 >source/telling-name
+    expect_status 0 seal source vault
+    ! grep -rq 'secret text' vault || fail "the plain text is in the vault"
+    ! grep -rq 'telling-name' vault || fail "a file's name is in the vault"
+    [ -z "$(find vault -name '*telling*')" ] || fail "a file's name is a name in the vault"
+    expect_status 0 seal source again
+    ! cmp -s vault/data/00000001.sealed again/data/00000001.sealed || fail "sealing twice gives the same bytes"
+}
+
+check_any_locale() {
+    mkdir source
+    echo text >source/größe
+    LC_ALL=C expect_status 0 seal source väult
+    LC_ALL=C expect_status 0 open väult tärget
+    expect_same_trees source tärget
+    LC_ALL=C expect_status 0 list väult
+    expect_line out größe
+}
+
+check_modification_times_in_any_zone() {
+    mkdir source
+    # Both times of the hour that Berlin had twice in October 2023 and Moscow in October 2014, where it was not the end
+    # of summer time; and before 1970
+    TZ=UTC0 touch -t 202310290015.30 source/first
+    TZ=UTC0 touch -t 202310290115.30 source/second
+    TZ=UTC0 touch -t 201410252130.30 source/third
+    TZ=UTC0 touch -t 201410252230.30 source/fourth
+    TZ=UTC0 touch -t 196912312359.58 source/before
+    local zone
+    for zone in Europe/Berlin Europe/Moscow; do
+        TZ=$zone expect_status 0 seal source vault
+        TZ=$zone expect_status 0 open vault target
+        [ "$(attributes source)" = "$(attributes target)" ] ||
+            fail "in $zone: $(attributes source; attributes target)"
+        rm -r vault target
+    done
+}
+
+check_permissions_and_times() {
+    mkdir -p source/closed/inner
+    echo text >source/closed/inner/file
+    chmod 400 source/closed/inner/file
+    echo text >source/closed/run
+    chmod 751 source/closed/run
+    touch -t 200102030405.06 source/closed/inner/file source/closed/inner
+    touch -t 199912312359.58 source/closed
+    chmod 555 source/closed/inner source/closed
+    expect_status 0 seal source vault
+    expect_status 0 open vault target
+    [ "$(attributes source)" = "$(attributes target)" ] ||
+        fail "permissions or times differ: $(attributes source; attributes target)"
+}
+
+check_list() {
+    mkdir -p source/folder
+    printf 12345 >source/folder/file
+    chmod 640 source/folder/file
+    chmod 750 source/folder
+    TZ=UTC0 touch -t 200102030405.06 source/folder/file source/folder
+    ln -s 'some where' source/link
+    TZ=UTC0 touch -h -t 200102030405.06 source/link
+    printf x >"source/$(printf 'a\033[2Jb\nc')"
+    TZ=Asia/Tokyo expect_status 0 seal source vault
+    TZ=America/New_York expect_status 0 list vault
+    expect_line out '-rw-r-----    5 bytes 2001-02-03 04:05:06  folder/file'
+    expect_line out 'drwxr-x---            2001-02-03 04:05:06  folder'
+    expect_line out '2001-02-03 04:05:06  link -> some where'
+    expect_line out 'a\x1b[2Jb\nc'
+    [ "$(wc -l <out)" -eq 4 ] || fail "not a line an entry: $(cat out)"
+}
+
+check_wrong_password() {
+    small_vault
+    export ORVSEAL_PASSWORD=wrong
+    expect_refusal verify vault
+    expect_line err 'wrong password'
+    expect_refusal list vault
+    expect_refusal open vault target
+    expect_absent target
+}
+
+check_password_file() {
+    mkdir source
+    printf 'from file\n' >password
+    expect_status 0 seal --password-file password source vault
+    expect_refusal list vault # a password file comes before the environment
+    ORVSEAL_PASSWORD='from file' expect_status 0 list vault # without the newline
+    printf 'from file\n\n' >password
+    expect_refusal list --password-file password vault # only one newline is not part of it
+    printf '\n' >password
+    expect_refusal seal --password-file password source other
+    expect_line err 'empty'
+    expect_refusal seal --password-file missing source other
+    expect_absent other
+}
+
+check_no_password() {
+    mkdir source
+    unset ORVSEAL_PASSWORD
+    expect_refusal seal source vault
+    expect_line err 'no password'
+    expect_absent vault
+    ORVSEAL_PASSWORD='' expect_refusal seal source vault
+    expect_line err 'empty'
+}
+
+check_damaged_file() {
+    mkdir source
+    local name
+    for name in a b c d e f; do head -c 300000 /dev/urandom >"source/$name"; done
+    expect_status 0 seal source vault
+    change_byte vault/data/00000001.sealed 1000   # a: in the middle
+    change_byte vault/data/00000002.sealed 300000 # b: in the last block, with the padding
+    printf x >>vault/data/00000003.sealed         # c: longer
+    rm vault/data/00000004.sealed                 # d: gone
+    rm vault/data/00000005.sealed                 # e: something that would never end
+    mkfifo vault/data/00000005.sealed
+    echo surplus >vault/data/other
+    expect_status 1 verify vault
+    expect_line err 'orvseal: a: damaged'
+    expect_line err 'orvseal: b: '
+    expect_line err 'orvseal: c: damaged'
+    expect_line err 'orvseal: d: damaged: its sealed file 00000004.sealed is missing'
+    expect_line err 'orvseal: e: damaged: its sealed file 00000005.sealed is missing'
+    expect_line err 'orvseal: data/other: surplus'
+    [ "$(wc -l <err)" -eq 6 ] || fail "not six lines: $(cat err)"
+    expect_status 1 open vault target
+    [ "$(ls -A target)" = f ] || fail "in the target are: $(ls -A target)"
+    cmp source/f target/f || fail "the whole file differs"
+}
+
+check_exchanged_files() {
+    small_vault
+    mv vault/data/00000001.sealed kept
+    mv vault/data/00000002.sealed vault/data/00000001.sealed
+    mv kept vault/data/00000002.sealed
+    expect_status 1 verify vault
+    [ "$(wc -l <err)" -eq 2 ] || fail "not both are named: $(cat err)"
+}
+
+check_vault_that_is_not_whole() {
+    small_vault
+    cp vault/manifest whole
+    local size offset
+    size=$(wc -c <whole)
+    for offset in 0 16 $((size / 2)) $((size - 20)) $((size - 1)); do
+        cp whole vault/manifest
+        change_byte vault/manifest "$offset"
+        expect_refusal verify vault
+        expect_line err 'damaged manifest'
+    done
+    : >vault/manifest
+    expect_refusal verify vault
+    rm vault/manifest
+    mkfifo vault/manifest # would never end
+    expect_refusal verify vault
+    rm vault/manifest
+    expect_refusal verify vault
+    expect_line err 'no manifest'
+    expect_refusal open vault target
+    expect_refusal list vault
+    expect_absent target
+    rm vault/vault.json
+    expect_refusal verify vault
+    expect_refusal verify missing
+}
+
+check_hostile_head() {
+    small_vault
+    cp vault/vault.json good
+    local change
+    for change in 's/"iterations": 50000/"iterations": 2000000000/' 's/"iterations": 50000/"iterations": 0/' \
+        's/"iterations": 50000/"iterations": -1/' 's/"iterations": 50000/"iterations": 1.5/' \
+        's/"iterations": 50000/"iterations": "50000"/' 's/"format": 1/"format": 2/' 's/"format"/"other"/' \
+        's/"AES"/"ROT13"/' 's/"keyLength": 32/"keyLength": 33/' 's/"keyLength": 32/"keyLength": 1e300/' \
+        's/"salt": ".*"/"salt": ""/' 's/"salt": "/"salt": "zz/' 's/"manifestIv": "../"manifestIv": "/' \
+        's/"manifestIv": ".*"/"manifestIv": 7/' 's/{/[/'; do
+        sed "$change" good >vault/vault.json
+        ! cmp -s good vault/vault.json || fail "nothing was changed by $change"
+        expect_refusal verify vault
+        ! grep -q 'wrong password' err || fail "it was taken seriously: $change"
+    done
+    printf '[%.0s' $(seq 20000) >vault/vault.json
+    expect_refusal verify vault
+    cp good vault/vault.json
+    expect_status 0 verify vault
+}
+
+# The key of the vault, made by another program
+derive_key() {
+    salt=$(sed -n 's/.*"salt": "\(.*\)".*/\1/p' vault/vault.json)
+    iv=$(sed -n 's/.*"manifestIv": "\(.*\)".*/\1/p' vault/vault.json)
+    key=$(openssl kdf -keylen 32 -kdfopt digest:SHA1 -kdfopt "pass:$ORVSEAL_PASSWORD" -kdfopt "hexsalt:$salt" \
+        -kdfopt iter:50000 PBKDF2 2>/dev/null | tr -d ':\n')
+}
+
+seal_lines() { # FILE: makes it the entries of the manifest
+    { printf 'orvseal manifest 1 %s\n' "$(openssl dgst -sha256 -r "$1" | cut -d ' ' -f 1)"; cat "$1"; } |
+        openssl enc -aes-256-cbc -K "$key" -iv "$iv" -out vault/manifest
+}
+
+check_hostile_manifest() {
+    small_vault
+    local key iv salt change
+    derive_key
+    [ ${#key} -eq 64 ] || { echo "    skipped: this openssl derives no keys"; return 0; }
+    openssl enc -d -aes-256-cbc -K "$key" -iv "$iv" -in vault/manifest | sed 1d >good
+    expect_line good '"path":"folder/two"'
+    seal_lines good
+    expect_status 0 verify vault # so a refusal below is one of the change
+
+    # shellcheck disable=SC2016 # the "$" is one of sed
+    for change in 's|"path":"one"|"path":"../one"|' 's|"path":"one"|"path":"/one"|' 's|"path":"one"|"path":".."|' \
+        's|"path":"one"|"path":"."|' 's|"path":"one"|"path":""|' 's|"path":"one"|"path":"folder/../../one"|' \
+        's|"path":"one"|"path":"folder//one"|' 's|"path":"one"|"path":"folder/"|' \
+        's|"path":"one"|"path":"folder/two"|' 's|"path":"one"|"path":"folder/two/one"|' \
+        's|"path":"one"|"path":"other/one"|' 's|"path":"one"|"path":"one\\u0000"|' 's|"path":"one"|"path":1|' \
+        's|"sealed":"0|"sealed":"../0|' 's|"sealed":".*"|"sealed":""|' 's|00000002.sealed|00000001.sealed|' \
+        's|"permissions":[0-9]*|"permissions":4095|' 's|"size":4|"size":-4|' 's|"size":4|"size":1e99|' \
+        's|"size":4|"size":4.5|' 's|"modified":[0-9]*|"modified":null|' 's|"iv":"..|"iv":"|' \
+        's|"sha256":"..|"sha256":"|' 's|"type":"file"|"type":"device"|' 's|{|[|' \
+        '$s|$|{}|'; do
+        sed "$change" good >lines
+        ! cmp -s good lines || fail "nothing was changed by $change"
+        seal_lines lines
+        expect_refusal open vault target
+        ! grep -q 'wrong password' err || fail "it was not read: $change"
+        expect_absent target
+    done
+
+    # Through a link to somewhere else
+    mkdir outside
+    printf '{"type":"link","path":"way","permissions":0,"modified":0,"target":"%s/outside"}\n' "$PWD" >lines
+    sed 's|"path":"one"|"path":"way/one"|' good >>lines
+    seal_lines lines
+    expect_refusal open vault target
+    [ -z "$(ls -A outside)" ] || fail "something went through the link"
+}
+
+check_another_program_can_open_it() {
+    small_vault
+    local key iv salt
+    derive_key
+    [ ${#key} -eq 64 ] || { echo "    skipped: this openssl derives no keys"; return 0; }
+    openssl enc -d -aes-256-cbc -K "$key" -iv "$iv" -in vault/manifest >manifest
+    iv=$(sed -n '/"path":"one"/s/.*"iv":"\([0-9a-f]*\)".*/\1/p' manifest)
+    openssl enc -d -aes-256-cbc -K "$key" -iv "$iv" -in vault/data/00000002.sealed | cmp - source/one ||
+        fail "the plain text differs"
+    expect_line manifest "\"sha256\":\"$(openssl dgst -sha256 -r source/one | cut -d ' ' -f 1)\""
+}
+
+check_nothing_is_overwritten() {
+    small_vault
+    mkdir full
+    echo mine >full/.mine
+    cp -R full before
+    expect_refusal seal source full
+    expect_same_trees before full
+    expect_refusal open vault full
+    expect_same_trees before full
+    echo mine >file
+    expect_refusal seal source file
+    expect_refusal open vault file
+    expect_line file mine
+    ln -s nowhere dangling
+    expect_refusal seal source dangling
+    expect_absent nowhere
+    mkdir empty
+    expect_status 0 seal source empty
+    cp -R vault before-vault
+    expect_refusal seal source vault
+    expect_same_trees before-vault vault
+    mkdir empty-target
+    expect_status 0 open vault empty-target/
+    expect_same_trees source empty-target
+}
+
+check_vault_inside_its_source() {
+    small_vault
+    expect_refusal seal source source/vault
+    expect_refusal seal source source
+    expect_refusal seal source ./source/folder/../vault
+    ln -s source/folder way
+    expect_refusal seal source way/vault
+    expect_absent source/vault
+    expect_absent source/folder/vault
+    expect_refusal open vault vault/target
+    mkdir source-2 # has the other one's name at its beginning, but is not in it
+    expect_status 0 seal source source-2
+}
+
+check_skipped_entries() {
+    mkdir -p source/folder
+    echo kept >source/kept
+    mkfifo "source/folder/pipe"
+    expect_status 1 seal source vault
+    expect_line err 'orvseal: folder/pipe: skipped: a pipe'
+    expect_status 0 open vault target
+    [ "$(cat target/kept)" = kept ] || fail "the other file is not there"
+    expect_absent target/folder/pipe
+}
+
+check_names_that_are_not_text() {
+    mkdir source
+    echo kept >source/kept
+    # Some systems refuse such a name.
+    { echo lost >"source/$(printf 'b\377d')"; } 2>/dev/null || return 0
+    expect_status 1 seal source vault
+    expect_line err 'skipped: its name or target is not valid UTF-8'
+    expect_status 0 open vault target
+    [ "$(ls target)" = kept ] || fail "in the target are: $(ls target)"
+}
+
+check_unreadable_entries() {
+    if [ "$(id -u)" -eq 0 ]; then
+        echo "    skipped: nothing is unreadable for root"
+        return 0
+    fi
+    mkdir -p source/closed
+    echo kept >source/kept
+    echo closed >source/secret
+    chmod 000 source/secret source/closed
+    expect_status 1 seal source vault
+    expect_line err 'orvseal: secret: '
+    expect_line err 'orvseal: closed: '
+    [ "$(wc -l <err)" -eq 2 ] || fail "not two lines: $(cat err)"
+    expect_status 0 verify vault
+    expect_line out 'verified 1 file'
+}
+
+check_usage() {
+    small_vault
+    expect_refusal
+    expect_refusal frobnicate vault
+    expect_refusal seal
+    expect_refusal seal source
+    expect_refusal seal source new extra
+    expect_refusal list vault extra
+    expect_refusal seal '' new
+    expect_refusal seal missing new
+    expect_refusal seal source missing/new
+    expect_refusal seal --nonsense source new
+    expect_refusal seal --password secret source new
+    expect_refusal seal --algorithm rot13 source new
+    expect_line err 'aes128, aes192, aes256, des, des112, des3'
+    expect_refusal verify --algorithm aes256 vault
+    for jobs in 0 -1 x '' 65; do expect_refusal seal --jobs "$jobs" source new; done
+    expect_absent new
+    expect_status 0 --help
+    expect_line out 'Exit status'
+}
+
+wait_for() { # a condition that another process brings about, for a minute at most
+    local try
+    for ((try = 0; try < 600; ++try)); do
+        ! "$@" || return 0
+        sleep 0.1
+    done
+    fail "waited in vain for: $*"
+}
+
+interrupt() { # SIGNAL STATUS FILE COMMAND...: sends the signal once there is something in FILE, a pattern
+    local signal=$1 expected=$2 file=$3 process status=0
+    shift 3
+    "$program" "$@" >out 2>err </dev/null &
+    process=$!
+    wait_for eval "[ -s $file ]"
+    kill "-$signal" "$process"
+    wait "$process" || status=$?
+    [ "$status" -eq "$expected" ] || fail "exit status $status, not $expected ($(cat err))"
+    expect_line err 'interrupted'
+}
+
+check_interrupt() {
+    mkdir source
+    large_file source/large 4096
+    interrupt INT 130 vault/data/00000001.sealed seal source vault
+    expect_absent vault
+    mkdir vault
+    interrupt TERM 143 vault/data/00000001.sealed seal source vault
+    [ -z "$(ls -A vault)" ] || fail "in the vault are: $(ls -A vault)"
+}
+
+check_interrupted_opening() {
+    mkdir source
+    echo small >source/a
+    large_file source/b 100
+    expect_status 0 seal --algorithm des3 source vault # a slow one, so that there is time
+    interrupt INT 130 'target/.orvseal-*/00000002.sealed' open --jobs 1 vault target
+    [ "$(ls -A target)" = a ] || fail "in the target are: $(ls -A target)"
+    cmp source/a target/a || fail "the complete file differs"
+}
+
+check_log() {
+    small_vault
+    change_byte vault/data/00000002.sealed 0 # of "one", the second one in the order of names
+    expect_status 1 verify --log-dir log/folder vault
+    expect_line log/folder/log_orvseal.log 'verify begins'
+    expect_line log/folder/log_orvseal.log '[WARNING]: [ orvseal ]'
+    expect_line log/folder/log_orvseal.log 'one: '
+    expect_line log/folder/log_orvseal.log 'verified 1 file'
+    ! grep -q 'INFO' out err || fail "the log came to the terminal"
+    ORVSEAL_PASSWORD=wrong expect_refusal verify --log-dir log/folder vault
+    expect_line log/folder/log_orvseal.log 'wrong password'
+    ! grep -rq 'correct horse' log || fail "the password is in the log"
+    : >occupied
+    expect_refusal verify --log-dir occupied/folder vault
+}
+
+failed=0
+for check in $(compgen -A function check_); do
+    mkdir "$work/$check"
+    # Not as a condition: "set -e" would not hold in it.
+    set +e
+    (set -e; cd "$work/$check"; "$check")
+    status=$?
+    set -e
+    if [ "$status" -eq 0 ]; then
+        echo "passed: $check"
+    else
+        echo "FAILED: $check"
+        failed=1
+    fi
+done
+exit "$failed"
