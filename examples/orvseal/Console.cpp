@@ -3,15 +3,19 @@
 #include "Work.h"
 
 #include <Orv/Log/OrvDebug.h>
+#include <Orv/Utility/SizeToString.h>
+#include <Orv/Utility/TimeDuration.h>
 
 #include <QFile>
-#include <QLocale>
 #include <QTextStream>
 
 #include <cerrno>
 #include <cstdio>
 #include <termios.h>
 #include <unistd.h>
+
+using Orv::Utility::SizeToString;
+using Orv::Utility::TimeDuration;
 
 namespace orvseal {
 
@@ -105,12 +109,12 @@ QString printable(const QString& text)
 
 QString sizeText(qint64 bytes)
 {
-    return QLocale::c().formattedDataSize(bytes, 2, QLocale::DataSizeSIFormat);
+    return SizeToString(static_cast<unsigned long long>(bytes)).toString(SizeToString::Decimal);
 }
 
 QString durationText(qint64 milliseconds)
 {
-    return QStringLiteral("%1 s").arg(double(milliseconds) / 1000, 0, 'f', 2);
+    return TimeDuration::toString(qRound(double(milliseconds) / 1000));
 }
 
 QByteArray obtainPassword(const QString& passwordFile, bool confirmed)

@@ -11,9 +11,9 @@ void print(const QString& line);
 /// `text` with its control characters as "\n" or "\x1b", so that a name stays on its line and moves no cursor.
 QString printable(const QString& text);
 
-/// As "3.40 MB", in powers of ten.
+/// As "3.40 MB".
 QString sizeText(qint64 bytes);
-/// As "1.50 s".
+/// As "00:01:30".
 QString durationText(qint64 milliseconds);
 
 /// The password, as raw bytes: what `passwordFile` holds, less a newline at its end; without such a file the

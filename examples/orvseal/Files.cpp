@@ -113,7 +113,7 @@ qint64 HashingFile::readData(char* data, qint64 maxSize)
 {
     const qint64 size = QFile::readData(data, maxSize);
     if (size > 0) {
-        m_hash.addData(data, int(size));
+        m_hash.addData(data, size);
         m_count += size;
     }
     return size;

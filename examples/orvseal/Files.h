@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QCryptographicHash>
+#include "TreeHash.h"
+
 #include <QFile>
 #include <QString>
 
@@ -44,14 +45,15 @@ class HashingFile : public QFile {
 public:
     using QFile::QFile;
 
-    QByteArray sha256() const { return m_hash.result(); }
     qint64 count() const { return m_count; }
+    /// Nothing can be read afterwards.
+    QByteArray finishHash() { return m_hash.finish(); }
 
 protected:
     qint64 readData(char* data, qint64 maxSize) override;
 
 private:
-    QCryptographicHash m_hash{QCryptographicHash::Sha256};
+    TreeHash m_hash;
     qint64 m_count = 0;
 };
 

@@ -4,7 +4,6 @@
 #include "Vault.h"
 #include "Work.h"
 
-#include <QCryptographicHash>
 #include <QDateTime>
 #include <QFileInfo>
 #include <QSet>
@@ -62,13 +61,13 @@ void unseal(const OpenedVault& vault, const Entry& entry, Report& report, const 
     if (!sealed->open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         throw Base(QStringLiteral("its sealed file %1: %2").arg(entry.sealedName, sealed->errorString()));
 
-    QCryptographicHash hash(QCryptographicHash::Sha256);
+    TreeHash hash;
     vault.cipher.run(Cipher::Decrypt, entry.iv, sealed, [&](const char* data, qint64 size) {
-        hash.addData(data, int(size));
+        hash.addData(data, size);
         report.advance(size);
         sink(data, size);
     });
-    if (hash.result() != entry.sha256)
+    if (hash.finish() != entry.treeHash)
         throw InvalidData(QStringLiteral("damaged: its sealed file %1 is not what was written").arg(entry.sealedName));
 }
 

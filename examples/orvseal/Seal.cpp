@@ -201,7 +201,7 @@ void sealFile(const QString& sourcePath, const QString& vault, const Cipher& cip
     entry.size = before.size;
     entry.modified = before.modified;
     entry.iv = iv;
-    entry.sha256 = source->sha256();
+    entry.treeHash = source->finishHash();
     report.fileDone();
 }
 
@@ -220,7 +220,7 @@ std::vector<Entry*> numberFiles(std::vector<Entry>& entries)
 
 bool isUnsealedFile(const Entry& entry)
 {
-    return entry.type == Entry::File && entry.sha256.isEmpty();
+    return entry.type == Entry::File && entry.treeHash.isEmpty();
 }
 
 } // namespace

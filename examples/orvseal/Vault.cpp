@@ -51,7 +51,7 @@ constexpr QLatin1String Modified("modified");
 constexpr QLatin1String Target("target");
 constexpr QLatin1String Size("size");
 constexpr QLatin1String Iv("iv");
-constexpr QLatin1String Sha256("sha256");
+constexpr QLatin1String TreeHash("treeHash");
 constexpr QLatin1String SealedName("sealed");
 } // namespace Name
 
@@ -138,7 +138,7 @@ QByteArray toLine(const Entry& entry)
     if (entry.type == Entry::File) {
         object[Name::Size] = entry.size;
         object[Name::Iv] = QString::fromLatin1(entry.iv.toHex());
-        object[Name::Sha256] = QString::fromLatin1(entry.sha256.toHex());
+        object[Name::TreeHash] = QString::fromLatin1(entry.treeHash.toHex());
         object[Name::SealedName] = entry.sealedName;
     }
     return QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
@@ -158,10 +158,10 @@ Entry fromLine(const QByteArray& line, int ivLength)
     if (entry.type == Entry::Link)
         entry.target = object.text(Name::Target);
     if (entry.type == Entry::File) {
-        const int hashLength = QCryptographicHash::hashLength(QCryptographicHash::Sha256);
+        const int hashLength = QCryptographicHash::hashLength(QCryptographicHash::Md5);
         entry.size = object.number(Name::Size, 0, LargestNumber);
         entry.iv = object.bytes(Name::Iv, ivLength, ivLength);
-        entry.sha256 = object.bytes(Name::Sha256, hashLength, hashLength);
+        entry.treeHash = object.bytes(Name::TreeHash, hashLength, hashLength);
         entry.sealedName = object.text(Name::SealedName);
     }
     return entry;

@@ -39,7 +39,7 @@ struct Entry {
     // Files alone
     qint64 size = 0;
     QByteArray iv;
-    QByteArray sha256; ///< of the plain text: the cipher alone does not notice every damage
+    QByteArray treeHash; ///< of the plain text: the cipher alone does not notice every damage
     QString sealedName;
 };
 

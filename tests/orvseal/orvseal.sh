@@ -6,7 +6,7 @@
 # shellcheck disable=SC2317 # the checks are found by their names
 set -euo pipefail
 
-program=$1
+program=$(realpath "$1")
 work=$(mktemp -d)
 trap 'chmod -R u+rwx "$work"; rm -rf "$work"' EXIT
 export ORVSEAL_PASSWORD='correct horse'
@@ -189,7 +189,7 @@ check_list() {
     printf x >"source/$(printf 'a\033[2Jb\nc')"
     TZ=Asia/Tokyo expect_status 0 seal source vault
     TZ=America/New_York expect_status 0 list vault
-    expect_line out '-rw-r-----    5 bytes 2001-02-03 04:05:06  folder/file'
+    expect_line out '-rw-r-----     5.00 B 2001-02-03 04:05:06  folder/file'
     expect_line out 'drwxr-x---            2001-02-03 04:05:06  folder'
     expect_line out '2001-02-03 04:05:06  link -> some where'
     expect_line out 'a\x1b[2Jb\nc'
@@ -345,7 +345,7 @@ check_hostile_manifest() {
         's|"sealed":"0|"sealed":"../0|' 's|"sealed":".*"|"sealed":""|' 's|00000002.sealed|00000001.sealed|' \
         's|"permissions":[0-9]*|"permissions":4095|' 's|"size":4|"size":-4|' 's|"size":4|"size":1e99|' \
         's|"size":4|"size":4.5|' 's|"modified":[0-9]*|"modified":null|' 's|"iv":"..|"iv":"|' \
-        's|"sha256":"..|"sha256":"|' 's|"type":"file"|"type":"device"|' 's|{|[|' \
+        's|"treeHash":"..|"treeHash":"|' 's|"type":"file"|"type":"device"|' 's|{|[|' \
         '$s|$|{}|'; do
         sed "$change" good >lines
         ! cmp -s good lines || fail "nothing was changed by $change"
@@ -364,16 +364,34 @@ check_hostile_manifest() {
     [ -z "$(ls -A outside)" ] || fail "something went through the link"
 }
 
+md5_of() { # FILE FROM COUNT: of so many MiB of it
+    dd if="$1" bs=1048576 skip="$2" count="$3" 2>/dev/null | openssl dgst -md5 -binary
+}
+
 check_another_program_can_open_it() {
-    small_vault
-    local key iv salt
+    mkdir source
+    : >source/empty
+    head -c 1048576 /dev/urandom >source/one-part
+    head -c 2500000 /dev/urandom >source/three-parts
+    expect_status 0 seal source vault
+    local key iv salt name number=0 row
     derive_key
     [ ${#key} -eq 64 ] || { echo "    skipped: this openssl derives no keys"; return 0; }
     openssl enc -d -aes-256-cbc -K "$key" -iv "$iv" -in vault/manifest >manifest
-    iv=$(sed -n '/"path":"one"/s/.*"iv":"\([0-9a-f]*\)".*/\1/p' manifest)
-    openssl enc -d -aes-256-cbc -K "$key" -iv "$iv" -in vault/data/00000002.sealed | cmp - source/one ||
-        fail "the plain text differs"
-    expect_line manifest "\"sha256\":\"$(openssl dgst -sha256 -r source/one | cut -d ' ' -f 1)\""
+    md5_of source/empty 0 1 >empty.hash
+    md5_of source/one-part 0 1 >one-part.hash
+    { { md5_of source/three-parts 0 1; md5_of source/three-parts 1 1; } | openssl dgst -md5 -binary
+        md5_of source/three-parts 2 1; } | openssl dgst -md5 -binary >three-parts.hash
+    for name in empty one-part three-parts; do
+        number=$((number + 1))
+        row=$(grep "\"path\":\"$name\"" manifest)
+        iv=${row#*\"iv\":\"}
+        iv=${iv%%\"*}
+        openssl enc -d -aes-256-cbc -K "$key" -iv "$iv" -in "vault/data/0000000$number.sealed" |
+            cmp - "source/$name" || fail "the plain text of $name differs"
+        [[ $row == *"\"treeHash\":\"$(od -An -tx1 "$name.hash" | tr -d ' \n')\""* ]] ||
+            fail "the tree hash of $name differs: $row"
+    done
 }
 
 check_nothing_is_overwritten() {

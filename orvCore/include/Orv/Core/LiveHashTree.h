@@ -56,8 +56,9 @@ class ORV_EXPORT LiveHashTree {
 public:
     LiveHashTree();
     virtual ~LiveHashTree();
-    LiveHashTree(const LiveHashTree&) = default;
-    LiveHashTree& operator=(const LiveHashTree&) = default;
+    // A copy would share its nodes, which merging changes.
+    LiveHashTree(const LiveHashTree&) = delete;
+    LiveHashTree& operator=(const LiveHashTree&) = delete;
 
     /// A leaf of the tree's kind.
     virtual QSharedPointer<LiveHashTreeNode> createNode(const QByteArray& hash) const = 0;
