@@ -1,9 +1,10 @@
 #include <Orv/Core/LiveHashTree.h>
 #include <Orv/Exception.h>
 
+#include "Log/LoggedLines.h"
+
 #include <QCryptographicHash>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -43,8 +44,6 @@ QString messageOf(const std::function<void()>& work)
     return QStringLiteral("nothing thrown");
 }
 
-QStringList logged;
-
 } // namespace
 
 TEST(LiveHashTree, AgreesWithTheDefinition)
@@ -82,15 +81,10 @@ TEST(LiveHashTree, Misuse)
     MD5LiveHashTree tree;
     EXPECT_EQ(messageOf([&] { tree.getFinalHash(); }), QStringLiteral("Hash tree not finished."));
 
-    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& message) {
-        logged.append(QString::number(type) + QLatin1Char(' ') + message);
-    });
+    LoggedLines logged;
     EXPECT_EQ(messageOf([&] { tree.finish(); }), QStringLiteral("Live hash tree calculation failed"));
-    qInstallMessageHandler(nullptr);
-    ASSERT_EQ(logged.size(), 1);
-    EXPECT_THAT(logged[0].toStdString(),
-        testing::MatchesRegex(R"(2 \[ ORV \] \[ [0-9]+ \] )"
-                              "LiveHashTree: Live hash tree calculation failed, size != 1, size: 0"));
+    EXPECT_EQ(logged.take(),
+        QStringList(QStringLiteral("error: LiveHashTree: Live hash tree calculation failed, size != 1, size: 0")));
     EXPECT_FALSE(tree.finished());
 
     tree.addNextHash("leaf");

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <cstdio>
 #include <cstdlib>
 #include <functional>
 
@@ -22,6 +23,7 @@ struct Ending {
 /// process. What the child writes to its standard streams goes to `outputPath`.
 inline Ending runInChild(const std::function<void()>& work, const QString& outputPath = QStringLiteral("/dev/null"))
 {
+    std::fflush(nullptr); // or the child would write it once more
     const pid_t child = ::fork();
     if (child == 0) {
         const int output = ::open(QFile::encodeName(outputPath).constData(), O_WRONLY | O_CREAT | O_APPEND, 0600);

@@ -48,14 +48,17 @@ protected:
         return manager();
     }
 
-    /// The lines of a log without the date and time, which are checked here.
+    /// The lines of a log without the date and time, which are checked here, and with N for the number of the thread,
+    /// which depends on what the process did before.
     static std::vector<std::string> entries(const QString& path)
     {
         static const QRegularExpression time(QStringLiteral("^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d,\\d{6} "));
+        static const QRegularExpression thread(QStringLiteral("\\] \\[ \\d+ \\] "));
         std::vector<std::string> result;
         for (const QString& line : linesOf(path)) {
             const auto match = time.match(line);
-            result.push_back((match.hasMatch() ? line.mid(match.capturedLength()) : line).toStdString());
+            QString entry = match.hasMatch() ? line.mid(match.capturedLength()) : line;
+            result.push_back(entry.replace(thread, QStringLiteral("] [ N ] ")).toStdString());
         }
         return result;
     }
@@ -78,12 +81,12 @@ void logAllSeverities()
 
 TEST_F(LogManagerTest, LevelsDecideWhatIsWritten)
 {
-    const std::vector<std::string> always = {"[INFO]: [ a ] [ 1 ] info", "[WARNING]: [ a ] [ 1 ] warning",
-        "[ERROR]: [ a ] [ 1 ] critical", "[ERROR]: [ a ] [ 1 ] error"};
+    const std::vector<std::string> always = {"[INFO]: [ a ] [ N ] info", "[WARNING]: [ a ] [ N ] warning",
+        "[ERROR]: [ a ] [ N ] critical", "[ERROR]: [ a ] [ N ] error"};
     std::vector<std::string> high = always;
-    high.insert(high.begin() + 1, "[INFO]: [ a ] [ 1 ] infoH");
+    high.insert(high.begin() + 1, "[INFO]: [ a ] [ N ] infoH");
     std::vector<std::string> all = high;
-    all.insert(all.begin(), {"[DEBUG]: [ a ] [ 1 ] debug", "[DEBUG]: [ a ] [ 1 ] debugOnly"});
+    all.insert(all.begin(), {"[DEBUG]: [ a ] [ N ] debug", "[DEBUG]: [ a ] [ N ] debugOnly"});
 
     using Levels = std::vector<LogManager::LogLevel>;
     const std::pair<Levels, std::vector<std::string>> rows[] = {
@@ -189,7 +192,7 @@ TEST_F(LogManagerTest, VerboseEntriesNameTheirOrigin)
     });
     EXPECT_THAT(entries(log()),
         ElementsAre("[INFO]: 100% done void f()", "\tFunction: void f()", "\tCategory: some.category", "\tLine: 42",
-            "[INFO]: [ a ] [ 1 ] stream", "\tFunction: ", "\tCategory: 0.orv.log", "\tLine: 0"));
+            "[INFO]: [ a ] [ N ] stream", "\tFunction: ", "\tCategory: 0.orv.log", "\tLine: 0"));
 }
 
 TEST_F(LogManagerTest, ForeignNoiseAndUnknownTypesAreDropped)
@@ -233,7 +236,7 @@ TEST_F(LogManagerTest, ShadowStaysOnWhenTheLogIsDisabled)
     });
     EXPECT_EQ(ending.signal, SIGABRT);
     EXPECT_THAT(entries(log()), IsEmpty());
-    EXPECT_THAT(entries(shadow()), ElementsAre("[INFO]: [ a ] [ 1 ] whole text", "[FATAL]: the end"));
+    EXPECT_THAT(entries(shadow()), ElementsAre("[INFO]: [ a ] [ N ] whole text", "[FATAL]: the end"));
 }
 
 TEST_F(LogManagerTest, ShadowWithoutAPathIsNone)
@@ -405,5 +408,5 @@ TEST_F(LogManagerTest, StaticDestructorsCanLog)
         lateLogger.armed = true;
     });
     EXPECT_EQ(ending.exitCode, 0);
-    EXPECT_THAT(entries(log()), ElementsAre("[INFO]: [ late ] [ 1 ] from a static destructor"));
+    EXPECT_THAT(entries(log()), ElementsAre("[INFO]: [ late ] [ N ] from a static destructor"));
 }

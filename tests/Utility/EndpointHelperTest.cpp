@@ -44,6 +44,7 @@ const Row Rows[] = {
     {"srv:-1", true, true, "srv:-1", "srv:-1", true},
     {"a@b@srv", true, true, "//b@srv", "https://b@srv"},
     {"u@:80/x", true, true, "//:80/x", "https://:80/x"},
+    {"u@:080/x", true, true, "//:080/x", "https://:080/x"},
     {"u@/x", true, true, "///x", "https:///x"},
     {" srv:x ", false, false, " srv:x ", " srv:x ", true},
     {"http://https://srv", true, false, "http://https://srv", "http://https://srv", true},

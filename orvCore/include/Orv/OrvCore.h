@@ -6,6 +6,7 @@
 #include <Orv/Core/Encryption/EncryptorBase.h>
 #include <Orv/Core/Encryption/Encryptors.h>
 #include <Orv/Core/Encryption/Key.h>
+#include <Orv/Core/FS/FileInfo.h>
 #include <Orv/Core/GlobalConfig.h>
 #include <Orv/Core/LiveHashTree.h>
 #include <Orv/Core/ModuleName.h>
@@ -22,11 +23,19 @@
 #include <Orv/Utility/DateTimeCompare.h>
 #include <Orv/Utility/Endian.h>
 #include <Orv/Utility/EndpointHelper.h>
+#include <Orv/Utility/FileInfo.h>
+#include <Orv/Utility/FileLocks.h>
+#include <Orv/Utility/FileTypeCheck.h>
 #include <Orv/Utility/MathUtilities.h>
+#include <Orv/Utility/Ownership.h>
+#include <Orv/Utility/Preallocate.h>
 #include <Orv/Utility/RandomByteArray.h>
 #include <Orv/Utility/RandomString.h>
 #include <Orv/Utility/SafeBase64.h>
 #include <Orv/Utility/SizeToString.h>
+#include <Orv/Utility/StreamCopy.h>
 #include <Orv/Utility/StringFilters.h>
+#include <Orv/Utility/SymlinkInfo.h>
+#include <Orv/Utility/TemporaryFile.h>
 #include <Orv/Utility/TimeDuration.h>
 #include <Orv/Utility/Uuid2String.h>

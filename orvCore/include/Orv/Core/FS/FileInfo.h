@@ -1,0 +1,67 @@
+#pragma once
+
+#include <Orv/Export.h>
+
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
+#include <QString>
+
+namespace Orv::Core::FS {
+
+/// What a file-system entry looked like at one moment: type, size, times and permissions are taken once, when the
+/// object is made or refreshed, and then stay. Existence, link, readability, name and suffix are asked anew on every
+/// call. Links are followed, but for `isSymLink()`.
+///
+/// Times are in UTC, so that snapshots compare across zones and daylight-saving changes. Nothing is reported: an entry
+/// that is gone gives an empty snapshot. May be read by several threads while none changes it.
+class ORV_EXPORT FileInfo {
+public:
+    /// Stands for nothing; does not ask the file system.
+    FileInfo() = default;
+    explicit FileInfo(const QString& path);
+    explicit FileInfo(const QFileInfo& info);
+
+    /// Takes the snapshot anew, from what is at `path`; a link without a target is something. If there is nothing,
+    /// size, types, times and permissions are reset and both paths stay as they are: so they are empty in an object
+    /// that was made of a path with nothing there.
+    void refresh(const QString& path);
+    /// The same from `absoluteFilePath()`.
+    void refresh();
+
+    /// Whether there is something at the path, and at the target of a link, now.
+    bool isExist() const;
+    bool isDir() const { return m_isDir; }
+    /// Whether it is a regular file.
+    bool isFile() const { return m_isFile; }
+    bool isSymLink() const;
+    bool isReadable() const;
+    bool isHidden() const;
+
+    /// The last part of the path.
+    QString fileName() const;
+    /// What follows the last dot of the file name.
+    QString suffix() const;
+    const QString& absoluteFilePath() const { return m_absoluteFilePath; }
+    /// The path as it was given to `refresh`; the constructors give an absolute one.
+    const QString& filePath() const { return m_filePath; }
+
+    const QDateTime& lastModified() const { return m_lastModified; }
+    /// The time of creation; where the file system does not keep one, that of the last change of the entry itself.
+    const QDateTime& birthTime() const { return m_birthTime; }
+    /// In bytes.
+    qint64 size() const { return m_size; }
+    QFile::Permissions permissions() const { return m_permissions; }
+
+private:
+    QString m_absoluteFilePath;
+    QString m_filePath;
+    bool m_isDir = false;
+    bool m_isFile = false;
+    QDateTime m_lastModified;
+    QDateTime m_birthTime;
+    qint64 m_size = 0;
+    QFile::Permissions m_permissions;
+};
+
+} // namespace Orv::Core::FS

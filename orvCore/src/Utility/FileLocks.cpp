@@ -1,0 +1,36 @@
+#include "Utility/FileLocks_p.h"
+
+#include <algorithm>
+#include <memory>
+#include <sys/stat.h>
+
+int file_wr_check_name(const char* name)
+{
+    struct stat status = {};
+    const int result = ::stat(name, &status);
+    return result != 0 ? result : file_wr_check_ino(status.st_ino);
+}
+
+int file_wr_check_ino(quint64 ino)
+{
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> table(std::fopen("/proc/locks", "re"), std::fclose);
+    if (!table)
+        return -2;
+    return listsWriteLock(table.get(), ino) ? 1 : 0;
+}
+
+unsigned get_fields(char* line, char** fields, unsigned char max)
+{
+    std::fill_n(fields, max, nullptr);
+    unsigned count = 0;
+    while (count < max) {
+        line += std::strspn(line, " \t\n");
+        if (*line == '\0')
+            break;
+        fields[count++] = line;
+        line += std::strcspn(line, " \t\n:");
+        if (*line != '\0')
+            *line++ = '\0';
+    }
+    return count;
+}

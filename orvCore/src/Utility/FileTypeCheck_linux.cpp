@@ -1,0 +1,6 @@
+#include "Utility/FileTypeCheck_p.h"
+
+bool Orv::Utility::isDataless(const struct stat&)
+{
+    return false;
+}

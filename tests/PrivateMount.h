@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QString>
+#include <QTemporaryDir>
+
+/// A small file system of this process alone, mounted while it lives; only root can have one.
+class PrivateMount {
+public:
+    /// An empty one in memory, of `size` bytes.
+    explicit PrivateMount(qint64 size);
+    /// The folder itself, read-only.
+    explicit PrivateMount(const QString& readOnlyFolder);
+    ~PrivateMount();
+    PrivateMount(const PrivateMount&) = delete;
+    PrivateMount& operator=(const PrivateMount&) = delete;
+
+    /// Why it could not be mounted; null if it was.
+    QString reason() const { return m_reason; }
+    QString path() const { return m_path; }
+
+private:
+    QTemporaryDir m_folder;
+    QString m_path;
+    QString m_reason;
+};

@@ -1,0 +1,107 @@
+#include <Orv/Utility/Preallocate.h>
+
+#include "Log/LoggedLines.h"
+#include "PrivateMount.h"
+
+#include <QTemporaryFile>
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using Orv::Utility::preallocateFile;
+
+namespace {
+
+constexpr quint64 MiB = 1024 * 1024;
+
+struct stat statusOf(const QFile& file)
+{
+    struct stat status = {};
+    EXPECT_EQ(::fstat(file.handle(), &status), 0);
+    return status;
+}
+
+quint64 reservedBytes(const QFile& file)
+{
+    return quint64(statusOf(file).st_blocks) * 512;
+}
+
+class PreallocateTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (!m_mount.reason().isNull())
+            GTEST_SKIP() << m_mount.reason().toStdString();
+        m_file.setFileName(m_mount.path() + QStringLiteral("/file"));
+        ASSERT_TRUE(m_file.open(QIODevice::ReadWrite));
+    }
+    void TearDown() override { m_file.close(); }
+
+    PrivateMount m_mount{qint64(8 * MiB)};
+    QFile m_file;
+    LoggedLines logged;
+};
+
+} // namespace
+
+TEST_F(PreallocateTest, ReservesBehindThePhysicalEnd)
+{
+    ASSERT_EQ(m_file.write("12345"), 5);
+    ASSERT_TRUE(m_file.flush());
+    EXPECT_TRUE(preallocateFile(m_file.handle(), MiB));
+    EXPECT_GE(reservedBytes(m_file), MiB);
+    EXPECT_TRUE(preallocateFile(m_file.handle(), MiB)) << "behind what is reserved already";
+    EXPECT_GE(reservedBytes(m_file), 2 * MiB);
+
+    const off_t sparseEnd = off_t(64 * MiB); // far behind the few blocks that the file has
+    ASSERT_EQ(::ftruncate(m_file.handle(), sparseEnd), 0);
+    const quint64 before = reservedBytes(m_file);
+    EXPECT_TRUE(preallocateFile(m_file.handle(), MiB));
+    EXPECT_GE(reservedBytes(m_file), before + MiB);
+    EXPECT_EQ(statusOf(m_file).st_size, sparseEnd);
+    EXPECT_EQ(logged.take(), QStringList());
+}
+
+TEST_F(PreallocateTest, NoSpace)
+{
+    ASSERT_EQ(m_file.write("12345"), 5);
+    ASSERT_TRUE(m_file.flush());
+    for (const quint64 size : {16 * MiB, quint64(1) << 62, ~quint64(0)}) {
+        EXPECT_FALSE(preallocateFile(m_file.handle(), size)) << size;
+        EXPECT_LT(reservedBytes(m_file), MiB) << "all or none";
+    }
+    EXPECT_EQ(statusOf(m_file).st_size, 5);
+    EXPECT_EQ(logged.take(), QStringList());
+}
+
+TEST(Preallocate, AnyFileSystem)
+{
+    QTemporaryFile file;
+    ASSERT_TRUE(file.open() && file.write("12345") == 5 && file.flush());
+    EXPECT_TRUE(preallocateFile(file.handle(), MiB));
+    EXPECT_TRUE(preallocateFile(file.handle(), 0));
+    EXPECT_EQ(file.size(), 5);
+
+    const LoggedLines logged;
+    QFile readOnly(file.fileName());
+    ASSERT_TRUE(readOnly.open(QIODevice::ReadOnly));
+    EXPECT_FALSE(preallocateFile(readOnly.handle(), MiB));
+    EXPECT_FALSE(preallocateFile(-1, MiB));
+    EXPECT_FALSE(preallocateFile(-1, 0));
+}
+
+TEST(Preallocate, FileSystemThatCannot)
+{
+    QFile file(QStringLiteral("/proc/self/comm"));
+    if (!file.open(QIODevice::ReadWrite))
+        GTEST_SKIP() << "no file here is known to be on a file system that cannot reserve";
+    LoggedLines logged;
+    const QString warning = QStringLiteral("warning: Operation file prealocate not supported for this filesystem");
+    EXPECT_TRUE(preallocateFile(file.handle(), MiB));
+    EXPECT_EQ(logged.take(), QStringList(warning));
+    EXPECT_TRUE(preallocateFile(file.handle(), MiB));
+    EXPECT_EQ(logged.take(), QStringList(warning)) << "each time";
+}

@@ -1,0 +1,160 @@
+#include <Orv/Utility/StreamCopy.h>
+
+#include "Log/LoggedLines.h"
+
+#include <QBuffer>
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <vector>
+
+using Orv::Utility::StreamCopy;
+
+namespace {
+
+/// Gives and takes at most `most` bytes at a time, and fails after `room` bytes.
+class Device : public QIODevice {
+public:
+    explicit Device(OpenMode mode, bool sequential = false) : m_sequential(sequential) { open(mode | Unbuffered); }
+
+    QByteArray content;
+    qint64 most = std::numeric_limits<qint64>::max();
+    qint64 room = std::numeric_limits<qint64>::max();
+    std::vector<qint64> requests;
+
+    bool isSequential() const override { return m_sequential; }
+    qint64 size() const override { return content.size(); }
+    bool atEnd() const override { return m_position == content.size(); }
+    qint64 bytesAvailable() const override { return content.size() - m_position; }
+
+protected:
+    qint64 readData(char* data, qint64 size) override
+    {
+        requests.push_back(size);
+        if (room == 0)
+            return -1;
+        const qint64 given = std::min({size, most, room, content.size() - m_position});
+        std::copy_n(content.constData() + m_position, given, data);
+        m_position += given;
+        room -= given;
+        return given;
+    }
+
+    qint64 writeData(const char* data, qint64 size) override
+    {
+        requests.push_back(size);
+        const qint64 taken = std::min({size, most, room});
+        content.append(data, int(taken));
+        room -= taken;
+        return taken;
+    }
+
+private:
+    const bool m_sequential;
+    qint64 m_position = 0;
+};
+
+using Sizes = std::vector<qint64>;
+
+} // namespace
+
+TEST(StreamCopy, ReadsWritesAndLimits)
+{
+    constexpr qint64 Huge = std::numeric_limits<qint64>::max();
+    struct Row {
+        int sourceSize;
+        qint64 chunkSize;
+        qint64 maxBytes;
+        qint64 copied;
+        Sizes requests;
+    };
+    const Row rows[] = {
+        {10, 4, 0, 10, {4, 4, 4}},
+        {10, 4, 6, 6, {4, 2}},
+        {10, 4, 10, 10, {4, 4, 2}},
+        {10, 4, Huge, 10, {4, 4, 4}},
+        {10, 100, 0, 10, {100}},
+        {10, 4, -1, 0, {}},
+        {10, -4, -1, 0, {}},
+        {10, 4, std::numeric_limits<qint64>::min(), 0, {}},
+        {0, 4, 0, 0, {}},
+    };
+    for (const Row& row : rows) {
+        for (const bool sequential : {false, true}) {
+            Device source(QIODevice::ReadOnly, sequential);
+            source.content = QByteArray("0123456789").left(row.sourceSize);
+            Device destination(QIODevice::WriteOnly);
+            EXPECT_EQ(StreamCopy(row.chunkSize).exec(destination, source, row.maxBytes), row.copied);
+            EXPECT_EQ(destination.content, source.content.left(int(row.copied)));
+            EXPECT_EQ(source.requests, row.requests) << row.sourceSize << " " << row.chunkSize << " " << row.maxBytes;
+            EXPECT_EQ(source.size() - source.bytesAvailable(), row.copied) << "not read beyond";
+        }
+    }
+}
+
+TEST(StreamCopy, ShortReadsAreWrittenAsTheyCome)
+{
+    Device source(QIODevice::ReadOnly, true);
+    source.content = "0123456789";
+    source.most = 3;
+    Device destination(QIODevice::WriteOnly);
+    EXPECT_EQ(StreamCopy(4).exec(destination, source, 8), 8);
+    EXPECT_EQ(destination.content, QByteArray("01234567"));
+    EXPECT_EQ(source.requests, Sizes({4, 4, 2}));
+    EXPECT_EQ(destination.requests, Sizes({3, 3, 2}));
+}
+
+TEST(StreamCopy, BufferedDevices)
+{
+    QByteArray content(300000, 'x');
+    content[12345] = 'y';
+    for (const qint64 chunkSize : {1000, 16384, 100000}) {
+        QBuffer source(&content);
+        QBuffer destination;
+        ASSERT_TRUE(source.open(QIODevice::ReadOnly) && destination.open(QIODevice::WriteOnly));
+        ASSERT_TRUE(source.seek(5));
+        EXPECT_EQ(StreamCopy(chunkSize).exec(destination, source, 0), content.size() - 5);
+        EXPECT_EQ(destination.data(), content.mid(5));
+    }
+}
+
+TEST(StreamCopy, SourceFails)
+{
+    Device source(QIODevice::ReadOnly, true);
+    source.content = "0123456789";
+    source.room = 7;
+    Device destination(QIODevice::WriteOnly);
+    LoggedLines logged;
+    EXPECT_EQ(StreamCopy(4).exec(destination, source, 0), 7);
+    EXPECT_EQ(destination.content, QByteArray("0123456"));
+    EXPECT_EQ(logged.take(), QStringList());
+}
+
+TEST(StreamCopy, DestinationFails)
+{
+    Device source(QIODevice::ReadOnly);
+    source.content = "0123456789";
+    Device destination(QIODevice::WriteOnly);
+    destination.room = 6;
+    LoggedLines logged;
+    EXPECT_EQ(StreamCopy(4).exec(destination, source, 0), -1);
+    EXPECT_EQ(destination.content, QByteArray("012345")) << "what was taken stays";
+    EXPECT_EQ(logged.take(), QStringList(QStringLiteral("error: StreamCopy: error write to destination stream")));
+}
+
+TEST(StreamCopy, WrongModes)
+{
+    Device readable(QIODevice::ReadOnly);
+    readable.content = "0123456789";
+    Device writable(QIODevice::WriteOnly);
+    QBuffer closed;
+    LoggedLines logged;
+    EXPECT_EQ(StreamCopy(4).exec(readable, readable, 0), -1);
+    EXPECT_EQ(StreamCopy(4).exec(writable, writable, 0), -1);
+    EXPECT_EQ(StreamCopy(4).exec(closed, readable, 0), -1);
+    EXPECT_EQ(StreamCopy(4).exec(writable, closed, 0), -1);
+    EXPECT_EQ(readable.requests, Sizes());
+    EXPECT_EQ(writable.requests, Sizes());
+    EXPECT_EQ(logged.take(), QStringList());
+}
