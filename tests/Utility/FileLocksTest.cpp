@@ -145,7 +145,8 @@ TEST(FileLocks, Table)
         {"1: POSIX  ADVISORY  READ  3568 fd:00:77 0 EOF\n", false},
         {"1: POSIX  ADVISORY  WRITE 3568 fd:00:770 0 EOF\n", false},
         {"1: POSIX  ADVISORY  WRITE 77 fd:77:1 77 77\n", false},
-        {"1: -> WRITE  WRITE  WRITE 3568 fd:00:77 0 EOF\n", false},
+        {"1: -> POSIX  ADVISORY  WRITE 3568 fd:00:77 0 EOF\n", false},
+        {"1: -> ADVISORY  WRITE 3568 fd:00:77 0 EOF\n", false},
         {"1: POSIX  ADVISORY  WRITE 3568 fd:00\n", false},
         {"\n", false},
     };

@@ -1,0 +1,276 @@
+#include "Bench.h"
+
+#include <Orv/Core/Encryption/EncryptorBase.h>
+#include <Orv/Core/Encryption/Key.h>
+
+#include <QBuffer>
+
+#include <cryptopp/aes.h>
+#include <cryptopp/des.h>
+#include <cryptopp/modes.h>
+#include <openssl/evp.h>
+#include <openssl/provider.h>
+#ifdef ORV_BENCH_QCA
+#include <QtCrypto>
+#endif
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+using namespace Orv::Core::Encryption;
+
+namespace {
+
+constexpr int KiB = 1024;
+constexpr int MiB = 1024 * KiB;
+
+/// One subject, but for the direction.
+struct Subject {
+    const char* name;
+    Algorithm algorithm;
+    Type type;
+    int portion; // bytes a call
+    int size;    // bytes in all
+    const char* openssl;
+    const char* qca; // none: not offered there
+};
+
+const Subject Subjects[] = {
+    {"AES-256-CBC %1, 4 KiB a call", Aes256, Cbc, 4 * KiB, 8 * MiB, "AES-256-CBC", "aes256"},
+    {"AES-256-CBC %1, 64 KiB a call", Aes256, Cbc, 64 * KiB, 16 * MiB, "AES-256-CBC", "aes256"},
+    {"AES-256-CBC %1, 1 MiB a call", Aes256, Cbc, MiB, 16 * MiB, "AES-256-CBC", "aes256"},
+    {"AES-128-CBC %1, 64 KiB a call", Aes128, Cbc, 64 * KiB, 16 * MiB, "AES-128-CBC", "aes128"},
+    {"AES-128-ECB %1, 64 KiB a call", Aes128, Ecb, 64 * KiB, 16 * MiB, "AES-128-ECB", "aes128"},
+    {"AES-256-ECB %1, 64 KiB a call", Aes256, Ecb, 64 * KiB, 16 * MiB, "AES-256-ECB", "aes256"},
+    {"DES-CBC %1, 64 KiB a call", Des, Cbc, 64 * KiB, 2 * MiB, "DES-CBC", "des"},
+    {"two-key triple DES-CBC %1, 64 KiB a call", Des112, Cbc, 64 * KiB, 2 * MiB, "DES-EDE-CBC", nullptr},
+    {"triple DES-CBC %1, 64 KiB a call", Des3, Cbc, 64 * KiB, 2 * MiB, "DES-EDE3-CBC", "tripledes"},
+};
+
+/// What a row needs: made once, outside the measured time.
+struct Job {
+    Subject subject;
+    bool encrypt;
+    QByteArray key;
+    QByteArray iv;
+    QByteArray input;
+
+    std::vector<char> room() const { return std::vector<char>(size_t(subject.portion) + 64); }
+    int portionAt(int offset) const { return std::min(subject.portion, input.size() - offset); }
+};
+
+qint64 transform(const Job& job, std::vector<char>& room, QByteArray* output = nullptr)
+{
+    const std::unique_ptr<EncryptorBase> encryptor(
+        EncryptorBase::create(job.subject.algorithm, job.encrypt, job.subject.type));
+    const auto source = QSharedPointer<QBuffer>::create();
+    source->setData(job.input);
+    source->open(QIODevice::ReadOnly);
+    encryptor->setKey(job.key);
+    encryptor->setIv(job.iv);
+    encryptor->setSource(source);
+    encryptor->init();
+    qint64 total = 0;
+    while (!encryptor->atEnd()) {
+        const qint64 size = encryptor->readData(room.data(), job.subject.portion);
+        total += size;
+        if (output)
+            output->append(room.data(), int(size));
+    }
+    return total;
+}
+
+void runOrvCore(benchmark::State& state, const Job& job)
+{
+    std::vector<char> room = job.room();
+    for (auto _ : state)
+        benchmark::DoNotOptimize(transform(job, room));
+    state.SetBytesProcessed(state.iterations() * job.input.size());
+}
+
+const CryptoPP::byte* bytes(const QByteArray& array)
+{
+    return reinterpret_cast<const CryptoPP::byte*>(array.constData());
+}
+
+template <class Cipher> std::unique_ptr<CryptoPP::CipherModeBase> makeMode(const Job& job)
+{
+    std::unique_ptr<CryptoPP::CipherModeBase> mode;
+    if (job.subject.type == Ecb) {
+        if (job.encrypt)
+            mode = std::make_unique<typename CryptoPP::ECB_Mode<Cipher>::Encryption>();
+        else
+            mode = std::make_unique<typename CryptoPP::ECB_Mode<Cipher>::Decryption>();
+        mode->SetKey(bytes(job.key), size_t(job.key.size()));
+        return mode;
+    }
+    if (job.encrypt)
+        mode = std::make_unique<typename CryptoPP::CBC_Mode<Cipher>::Encryption>();
+    else
+        mode = std::make_unique<typename CryptoPP::CBC_Mode<Cipher>::Decryption>();
+    mode->SetKeyWithIV(bytes(job.key), size_t(job.key.size()), bytes(job.iv), size_t(job.iv.size()));
+    return mode;
+}
+
+std::unique_ptr<CryptoPP::CipherModeBase> makeMode(const Job& job)
+{
+    switch (job.subject.algorithm) {
+    case Des:
+        return makeMode<CryptoPP::DES>(job);
+    case Des112:
+        return makeMode<CryptoPP::DES_EDE2>(job);
+    case Des3:
+        return makeMode<CryptoPP::DES_EDE3>(job);
+    default:
+        return makeMode<CryptoPP::AES>(job);
+    }
+}
+
+void runCryptoPP(benchmark::State& state, const Job& job)
+{
+    std::vector<char> room = job.room();
+    for (auto _ : state) {
+        const auto mode = makeMode(job);
+        for (int offset = 0; offset < job.input.size(); offset += job.subject.portion)
+            mode->ProcessData(reinterpret_cast<CryptoPP::byte*>(room.data()), bytes(job.input) + offset,
+                size_t(job.portionAt(offset)));
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(state.iterations() * job.input.size());
+}
+
+void runOpenSsl(benchmark::State& state, const Job& job)
+{
+    const std::unique_ptr<EVP_CIPHER, decltype(&EVP_CIPHER_free)> cipher(
+        EVP_CIPHER_fetch(nullptr, job.subject.openssl, nullptr), EVP_CIPHER_free);
+    if (!cipher) {
+        state.SkipWithError("not offered");
+        return;
+    }
+    const std::unique_ptr<EVP_CIPHER_CTX, decltype(&EVP_CIPHER_CTX_free)> context(
+        EVP_CIPHER_CTX_new(), EVP_CIPHER_CTX_free);
+    std::vector<char> room = job.room();
+    for (auto _ : state) {
+        EVP_CipherInit_ex2(context.get(), cipher.get(), bytes(job.key), bytes(job.iv), job.encrypt, nullptr);
+        auto* const output = reinterpret_cast<unsigned char*>(room.data());
+        int size = 0;
+        for (int offset = 0; offset < job.input.size(); offset += job.subject.portion)
+            EVP_CipherUpdate(context.get(), output, &size, bytes(job.input) + offset, job.portionAt(offset));
+        if (EVP_CipherFinal_ex(context.get(), output, &size) != 1)
+            state.SkipWithError("wrong result");
+    }
+    state.SetBytesProcessed(state.iterations() * job.input.size());
+}
+
+#ifdef ORV_BENCH_QCA
+void runQca(benchmark::State& state, const Job& job)
+{
+    const QString name = QLatin1String(job.subject.qca);
+    const QCA::Cipher::Mode mode = job.subject.type == Cbc ? QCA::Cipher::CBC : QCA::Cipher::ECB;
+    if (!QCA::Cipher::supportedTypes().contains(QCA::Cipher::withAlgorithms(name, mode, QCA::Cipher::PKCS7))) {
+        state.SkipWithError("not offered");
+        return;
+    }
+    for (auto _ : state) {
+        QCA::Cipher cipher(name, mode, QCA::Cipher::PKCS7, job.encrypt ? QCA::Encode : QCA::Decode,
+            QCA::SymmetricKey(job.key), QCA::InitializationVector(job.iv));
+        for (int offset = 0; offset < job.input.size(); offset += job.subject.portion)
+            benchmark::DoNotOptimize(
+                cipher.update(QByteArray::fromRawData(job.input.constData() + offset, job.portionAt(offset))));
+        benchmark::DoNotOptimize(cipher.final());
+        if (!cipher.ok())
+            state.SkipWithError("wrong result");
+    }
+    state.SetBytesProcessed(state.iterations() * job.input.size());
+}
+#endif
+
+Job makeJob(const Subject& subject, bool encrypt)
+{
+    const QByteArray key(Key::length(subject.algorithm), '\x5a');
+    const QByteArray iv(Key::ivLength(subject.algorithm), '\x3c');
+    Job job{subject, true, key, iv, QByteArray(subject.size, 'x')};
+    if (encrypt)
+        return job;
+    QByteArray sealed;
+    std::vector<char> room = job.room();
+    transform(job, room, &sealed);
+    return {subject, false, key, iv, sealed};
+}
+
+void addRows(const Subject& subject, bool encrypt)
+{
+    const std::string name = QString::fromLatin1(subject.name)
+                                 .arg(encrypt ? QLatin1String("encrypt") : QLatin1String("decrypt"))
+                                 .toStdString();
+    // Not made before its first row runs: a filter may leave all of them out.
+    const auto job = [subject, encrypt] {
+        static std::map<std::pair<std::string, bool>, Job> jobs;
+        const auto key = std::make_pair(std::string(subject.name), encrypt);
+        if (jobs.count(key) == 0)
+            jobs.emplace(key, makeJob(subject, encrypt));
+        return jobs.at(key);
+    };
+    addRow(name, "orvCore", [job](benchmark::State& state) { runOrvCore(state, job()); });
+    addRow(name, "Crypto++", [job](benchmark::State& state) { runCryptoPP(state, job()); });
+    addRow(name, "OpenSSL", [job](benchmark::State& state) { runOpenSsl(state, job()); });
+#ifdef ORV_BENCH_QCA
+    if (subject.qca)
+        addRow(name, "QCA", [job](benchmark::State& state) { runQca(state, job()); });
+#endif
+}
+
+/// Gives so many zeros, as a pipe does.
+class Zeros : public QIODevice {
+public:
+    explicit Zeros(qint64 size) : m_left(size) { open(ReadOnly | Unbuffered); }
+    bool isSequential() const override { return true; }
+    bool atEnd() const override { return m_left == 0; }
+
+protected:
+    qint64 readData(char* data, qint64 size) override
+    {
+        const qint64 given = std::min(size, m_left);
+        std::fill_n(data, given, '\0');
+        m_left -= given;
+        return given;
+    }
+    qint64 writeData(const char*, qint64) override { return -1; }
+
+private:
+    qint64 m_left;
+};
+
+void runGrowth(benchmark::State& state, qint64 size)
+{
+    std::vector<char> room(64 * KiB);
+    for (auto _ : state) {
+        const std::unique_ptr<EncryptorBase> encryptor(EncryptorBase::create(Aes256, true, Cbc));
+        encryptor->setKey(QByteArray(32, 'k'));
+        encryptor->setIv(QByteArray(16, 'i'));
+        encryptor->setSource(QSharedPointer<Zeros>::create(size));
+        encryptor->init();
+        while (!encryptor->atEnd())
+            encryptor->readData(room.data(), qint64(room.size()));
+    }
+    state.SetBytesProcessed(state.iterations() * size);
+}
+
+} // namespace
+
+void addEncryptionRows()
+{
+    OSSL_PROVIDER_load(nullptr, "default");
+    OSSL_PROVIDER_load(nullptr, "legacy"); // for single DES
+#ifdef ORV_BENCH_QCA
+    static const QCA::Initializer initializer;
+#endif
+    for (const Subject& subject : Subjects) {
+        addRows(subject, true);
+        addRows(subject, false);
+    }
+    for (const qint64 size : {1, 16, 256, 4096})
+        addRow("growth: readData of " + std::to_string(size) + " MiB", "orvCore",
+            [size](benchmark::State& state) { runGrowth(state, size * MiB); });
+}

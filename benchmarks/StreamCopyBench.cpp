@@ -1,0 +1,81 @@
+#include "Bench.h"
+
+#include <Orv/Utility/StreamCopy.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <fcntl.h>
+#include <unistd.h>
+#include <vector>
+
+using Orv::Utility::StreamCopy;
+
+namespace {
+
+constexpr int ChunkSize = 1024 * 1024;
+constexpr int Chunks = 64;
+
+/// A file to copy, made when it is first needed.
+class Files {
+public:
+    Files()
+    {
+        QFile file(source());
+        if (!m_folder.isValid() || !file.open(QIODevice::WriteOnly))
+            return;
+        for (int i = 0; i < Chunks; ++i)
+            file.write(QByteArray(ChunkSize, char(i)));
+    }
+    QString source() const { return m_folder.filePath(QStringLiteral("source")); }
+    QString target() const { return m_folder.filePath(QStringLiteral("target")); }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+const Files& files()
+{
+    static const Files files;
+    return files;
+}
+
+void runOrvCore(benchmark::State& state)
+{
+    for (auto _ : state) {
+        QFile source(files().source());
+        QFile target(files().target());
+        source.open(QIODevice::ReadOnly);
+        target.open(QIODevice::WriteOnly);
+        if (StreamCopy(ChunkSize).exec(target, source, 0) != qint64(ChunkSize) * Chunks)
+            state.SkipWithError("not copied");
+    }
+    state.SetBytesProcessed(state.iterations() * ChunkSize * Chunks);
+}
+
+void runHandLoop(benchmark::State& state)
+{
+    const QByteArray sourcePath = QFile::encodeName(files().source());
+    const QByteArray targetPath = QFile::encodeName(files().target());
+    for (auto _ : state) {
+        const int source = ::open(sourcePath, O_RDONLY | O_CLOEXEC);
+        const int target = ::open(targetPath, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+        std::vector<char> chunk(ChunkSize);
+        for (ssize_t size = 0; (size = ::read(source, chunk.data(), chunk.size())) > 0;) {
+            if (::write(target, chunk.data(), size_t(size)) != size)
+                state.SkipWithError("not copied");
+        }
+        ::close(source);
+        ::close(target);
+    }
+    state.SetBytesProcessed(state.iterations() * ChunkSize * Chunks);
+}
+
+} // namespace
+
+void addStreamCopyRows()
+{
+    const std::string subject = "copy of a file of 64 MiB, 1 MiB at a time";
+    addRow(subject, "orvCore", runOrvCore);
+    addRow(subject, "read and write", runHandLoop);
+}
