@@ -8,7 +8,7 @@
 /// A row is named "subject/variant"; rows of one subject do the same work. The variant of the library is "orvCore".
 template <class Work> void addRow(const std::string& subject, const std::string& variant, Work work)
 {
-    benchmark::RegisterBenchmark((subject + '/' + variant).c_str(), std::move(work))->UseRealTime();
+    benchmark::RegisterBenchmark((subject + '/' + variant).c_str(), std::move(work));
 }
 
 /// Each registers the rows of its subject.

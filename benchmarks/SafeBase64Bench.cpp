@@ -18,8 +18,8 @@ template <class Work> void run(benchmark::State& state, const QByteArray& input,
 void addSafeBase64Rows()
 {
     QByteArray bytes;
-    for (int i = 0; i < 1000000; ++i)
-        bytes += char(i * 7919 >> 3); // every digit of Base64
+    for (unsigned i = 0; i < 1000000; ++i)
+        bytes += static_cast<char>(i * 7919 >> 3); // every digit of Base64
     const QByteArray text = bytes.toBase64();
     const QByteArray safeText = SafeBase64(bytes).to();
 

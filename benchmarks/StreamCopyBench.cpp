@@ -42,9 +42,11 @@ const Files& files()
 
 void runOrvCore(benchmark::State& state)
 {
+    const QString sourcePath = files().source();
+    const QString targetPath = files().target();
     for (auto _ : state) {
-        QFile source(files().source());
-        QFile target(files().target());
+        QFile source(sourcePath);
+        QFile target(targetPath);
         source.open(QIODevice::ReadOnly);
         target.open(QIODevice::WriteOnly);
         if (StreamCopy(ChunkSize).exec(target, source, 0) != qint64(ChunkSize) * Chunks)

@@ -1,10 +1,15 @@
 #!/usr/bin/env bash
 # Installs what building and testing need and what is missing. Says nothing when nothing is.
+# usage: tools/bootstrap.sh [benchmarks]    benchmarks: also what they need
 set -euo pipefail
 
 debian_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libcrypto++-dev libeasyloggingpp-dev
     libgtest-dev libgmock-dev openssl)
 brew_formulas=(cmake ninja ccache pkg-config qt@5 cryptopp googletest openssl@3)
+if [ "${1:-}" = benchmarks ]; then
+    debian_packages+=(libbenchmark-dev libssl-dev libqca-qt5-2-dev libqca-qt5-2-plugins libspdlog-dev gnuplot-nox python3)
+    brew_formulas+=(google-benchmark spdlog gnuplot python3)
+fi
 
 install_debian() {
     local missing=() package

@@ -152,11 +152,10 @@ private:
 
     template <class T> static T read(const QByteArray& data, int offset)
     {
+        if (holds(data, offset, sizeof(T)))
+            return qFromUnaligned<T>(data.constData() + offset);
         T value = 0;
-        if (holds(data, offset, sizeof value))
-            std::memcpy(&value, data.constData() + offset, sizeof value);
-        else
-            readOutside(data, offset, &value, sizeof value);
+        readOutside(data, offset, &value, sizeof value);
         return value;
     }
 };

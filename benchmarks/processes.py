@@ -1,0 +1,160 @@
+#!/usr/bin/env python3
+"""Times and weighs whole processes: the sample client beside the openssl program, on real files.
+
+usage: processes.py BUILD REPETITIONS MEBIBYTES OUT
+
+Writes JSON rows {"subject", "variant", "seconds", ...} to OUT. Variants take turns, so that what else the machine does
+falls on all of them.
+"""
+import json
+import os
+import resource
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+
+PASSWORD = "correct horse battery staple"
+MIB = 1024 * 1024
+
+
+def write_file(path, size):
+    """Random bytes, so that no layer below finds anything to spare."""
+    block = os.urandom(MIB)
+    with open(path, "wb") as file:
+        while size > 0:
+            file.write(block[:min(size, MIB)])
+            size -= MIB
+
+
+def make_source(folder, mebibytes):
+    """Nine tenths of the bytes in four files, the rest in small ones."""
+    os.makedirs(folder + "/many")
+    for number in range(4):
+        write_file(f"{folder}/large{number}", mebibytes * MIB * 9 // 40)
+    for number in range(mebibytes * MIB // 10 // (128 * 1024)):
+        write_file(f"{folder}/many/{number:05}", 128 * 1024)
+
+
+def shell(command):
+    subprocess.run(["bash", "-euc", command], check=True, env={**os.environ, "PASSWORD": PASSWORD})
+
+
+def timed(work):
+    begin = time.monotonic()
+    work()
+    return time.monotonic() - begin
+
+
+def client(program, *arguments):
+    subprocess.run([program, *arguments], check=True, stdout=subprocess.DEVNULL,
+                   env={**os.environ, "ORVSEAL_PASSWORD": PASSWORD})
+
+
+def openssl_files(direction, source, target):
+    """File by file, as a script would: one process a file."""
+    option = "-d" if direction == "open" else "-e"
+    shell(f"cd {source}; find . -type d -exec mkdir -p {target}/{{}} \\; ; find . -type f -print0 |"
+          f" while IFS= read -r -d '' f; do openssl enc {option} -aes-256-cbc -pbkdf2"
+          f" -pass env:PASSWORD -in \"$f\" -out \"{target}/$f\"; done")
+
+
+def openssl_tar(direction, source, target):
+    """One stream. Opening does not read it back into files of another name, so only sealing is shown."""
+    del direction
+    shell(f"mkdir {target}; tar -C {source} -c . |"
+          f" openssl enc -e -aes-256-cbc -pbkdf2 -pass env:PASSWORD -out {target}/archive")
+
+
+def measure(orvseal, repetitions, mebibytes, work):
+    source, vault, sealed = work + "/source", work + "/vault", work + "/sealed"
+    make_source(source, mebibytes)
+    client(orvseal, "seal", "--jobs", "2", source, vault)
+    openssl_files("seal", source, sealed)
+    target = work + "/target"
+    runs = [
+        ("seal", "orvCore", lambda: client(orvseal, "seal", "--jobs", "2", source, target)),
+        ("seal", "openssl enc, file by file", lambda: openssl_files("seal", source, target)),
+        ("seal", "tar into openssl enc", lambda: openssl_tar("seal", source, target)),
+        ("open", "orvCore", lambda: client(orvseal, "open", "--jobs", "2", vault, target)),
+        ("open", "openssl enc, file by file", lambda: openssl_files("open", sealed, target)),
+    ]
+    rows = []
+    for _ in range(repetitions):
+        for command, variant, run in runs:
+            seconds = timed(run)
+            shutil.rmtree(target)
+            rows.append({"subject": f"orvseal {command} of {mebibytes} MiB", "variant": variant, "seconds": seconds})
+    return rows
+
+
+def peak_memory(run):
+    """Peak resident memory, in MiB, of the largest process that `run` starts: asked in a process of its own."""
+    reader, writer = os.pipe()
+    child = os.fork()
+    if child == 0:
+        run()
+        peak = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss
+        os.write(writer, str(peak).encode())
+        os._exit(0)
+    os.close(writer)
+    peak = int(os.read(reader, 64))
+    os.close(reader)
+    os.waitpid(child, 0)
+    return peak / (MIB if sys.platform == "darwin" else 1024)
+
+
+def stream_memory(bench, sizes):
+    """Memory against the length of a stream that is encrypted portion by portion."""
+    rows = []
+    for size in sizes:
+        subject = f"growth: readData of {size} MiB"
+        memory = peak_memory(lambda: subprocess.run(
+            [bench, f"--benchmark_filter=^{subject}/", "--benchmark_min_time=0.001"], check=True,
+            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL))
+        rows.append({"subject": subject, "variant": "orvCore", "memory": memory})
+    return rows
+
+
+def growth(orvseal, work, sizes, counts):
+    """Memory and time against the bytes in one file, and against the number of files."""
+    rows = []
+
+    def add(subject, source):
+        vault = work + "/vault"
+        begin = time.monotonic()
+        memory = peak_memory(lambda: client(orvseal, "seal", "--jobs", "2", source, vault))
+        rows.append({"subject": subject, "variant": "orvCore", "seconds": time.monotonic() - begin, "memory": memory})
+        shutil.rmtree(vault)
+        shutil.rmtree(source)
+
+    for size in sizes:
+        source = work + "/source"
+        os.makedirs(source)
+        write_file(source + "/file", size * MIB)
+        add(f"growth: orvseal seal of one file of {size} MiB", source)
+    for count in counts:
+        source = work + "/source"
+        os.makedirs(source)
+        for number in range(count):
+            write_file(f"{source}/{number}", 100)
+        add(f"growth: orvseal seal of {count} small files", source)
+    return rows
+
+
+def main():
+    build, repetitions, mebibytes, out = sys.argv[1], int(sys.argv[2]), int(sys.argv[3]), sys.argv[4]
+    orvseal = build + "/examples/orvseal/orvseal"
+    quick = mebibytes < 1024
+    with tempfile.TemporaryDirectory() as work:
+        rows = measure(orvseal, repetitions, mebibytes, work)
+    with tempfile.TemporaryDirectory() as work:
+        sizes, counts = ([16, 64], [100, 400]) if quick else ([64, 256, 1024], [1000, 4000, 16000])
+        rows += growth(orvseal, work, sizes, counts)
+    rows += stream_memory(build + "/benchmarks/orvBench", [1, 16] if quick else [1, 16, 256, 4096])
+    with open(out, "w") as file:
+        json.dump(rows, file, indent=1)
+
+
+main()

@@ -1,0 +1,195 @@
+#!/usr/bin/env python3
+"""Makes the table and the chart of the benchmarks.
+
+usage: report.py BENCH_JSON PROCESSES_JSON NOTES FOLDER
+
+Writes FOLDER/benchmarks.md and, with gnuplot, FOLDER/benchmarks.svg. Figures are medians of the repetitions; ratios are
+throughput of the library to that of the other, so more than 1 is faster.
+"""
+import datetime
+import json
+import os
+import platform
+import re
+import shutil
+import statistics
+import subprocess
+import sys
+
+# subject (a regular expression), the other variant, the ratio to reach (none: only shown)
+COMPARISONS = [
+    (r"AES-256-CBC encrypt, (64 KiB|1 MiB) .*", "Crypto++", 0.95),
+    (r"AES-256-CBC decrypt, (64 KiB|1 MiB) .*", "Crypto++", 0.82),
+    (r"AES-256-CBC encrypt, 4 KiB .*", "Crypto++", 0.90),
+    (r"AES-256-CBC decrypt, 4 KiB .*", "Crypto++", 0.70),
+    (r"AES-128-CBC encrypt.*", "Crypto++", 0.95),
+    (r"AES-128-CBC decrypt.*", "Crypto++", 0.82),
+    (r"AES-...-ECB .*", "Crypto++", 0.80),
+    (r".*DES-CBC .*", "Crypto++", 0.97),
+    (r"AES-...-CBC encrypt.*", "QCA", 1.9),
+    (r"AES-...-CBC decrypt.*", "QCA", 4),
+    (r".*DES-CBC .*", "QCA", None),
+    (r".*(CBC|ECB) .*", "OpenSSL", None),
+    (r"key from a password.*", "Crypto++", 0.98),
+    (r"key from a password.*", "OpenSSL", None),
+    (r"hash tree.*", "bare MD5", 0.75),
+    (r"a log line", "easylogging++", 0.80),
+    (r"a log line", "spdlog, flushed", None),
+    (r"a log line that is switched off", "QMessageLogger", None),
+    (r"copy of a file.*", "read and write", 0.92),
+    (r"snapshots.*", "QFileInfo", 0.90),
+    (r"snapshots.*", "std::filesystem", None),
+    (r"addresses", "QUrl::fromUserInput", 1.5),
+    (r"a million 64-bit .*", "Qt on the array", 0.80),
+    (r"a million 64-bit .*", "Qt on memory", None),
+    (r"Base64 of.*", "QByteArray::toBase64", 0.80),
+    (r"a megabyte from Base64", "QByteArray::fromBase64", 0.80),
+    (r"orvseal .*", "openssl enc, file by file", 1.0),
+    (r"orvseal seal.*", "tar into openssl enc", None),
+]
+
+
+def bench_times(path):
+    """(subject, variant) -> median seconds of one run: of the processor, but for rows with threads of the clock."""
+    times = {}
+    with open(path) as file:
+        for row in json.load(file)["benchmarks"]:
+            if row["run_type"] != "iteration" or row.get("error_occurred"):
+                continue
+            assert row["time_unit"] == "ns"
+            subject, variant = row["run_name"].split("/")[:2]
+            time = row["real_time" if row["threads"] > 1 else "cpu_time"]
+            times.setdefault((subject, variant), []).append(time / 1e9)
+    return {key: statistics.median(values) for key, values in times.items()}
+
+
+def process_rows(path):
+    times, memory = {}, {}
+    with open(path) as file:
+        for row in json.load(file):
+            key = (row["subject"], row["variant"])
+            if "seconds" in row:
+                times.setdefault(key, []).append(row["seconds"])
+            if "memory" in row:
+                memory[key] = row["memory"]
+    return {key: statistics.median(values) for key, values in times.items()}, memory
+
+
+def duration(seconds):
+    for unit, factor in (("s", 1), ("ms", 1e3), ("µs", 1e6), ("ns", 1e9)):
+        if seconds * factor >= 1:
+            break
+    return f"{seconds * factor:.3g} {unit}"
+
+
+def comparisons(times):
+    for pattern, other, target in COMPARISONS:
+        for (subject, variant), seconds in times.items():
+            if variant == other and re.fullmatch(pattern, subject) and (subject, "orvCore") in times:
+                yield subject, other, times[subject, "orvCore"], seconds, target
+
+
+def comparison_table(rows):
+    lines = ["| subject | beside | orvCore | the other | ratio | to reach |", "|---|---|---:|---:|---:|---:|"]
+    for subject, other, ours, theirs, target in rows:
+        ratio = theirs / ours
+        mark = "" if target is None else f"{target:g}" + ("" if ratio >= target else " ✗")
+        lines.append(f"| {subject} | {other} | {duration(ours)} | {duration(theirs)} | {ratio:.2f} | {mark} |")
+    return lines
+
+
+def derived_table(times):
+    """Ratios between rows of the library itself."""
+    lines = ["| subject | figure | to reach |", "|---|---:|---:|"]
+    line, off = times["a log line", "orvCore"], times["a log line that is switched off", "orvCore"]
+    lines.append(f"| a line that is switched off, part of the cost of a written one | {off / line:.3f} |"
+                 f" at most 0.06{'' if off / line <= 0.06 else ' ✗'} |")
+    threads = line / times["a log line, four threads", "orvCore"]
+    lines.append(f"| lines of four threads to those of one | {threads:.2f} | 0.8{'' if threads >= 0.8 else ' ✗'} |")
+    return lines
+
+
+def growth_table(times, memory):
+    lines = ["| subject | time | a unit | peak memory |", "|---|---:|---:|---:|"]
+    for key in sorted(set(times) | set(memory), key=lambda k: [int(t) if t.isdigit() else t for t in re.split(r"(\d+)", k[0])]):
+        subject = key[0]
+        if not subject.startswith("growth: "):
+            continue
+        units = int(re.search(r"\d+", subject)[0])
+        time = times.get(key)
+        lines.append(f"| {subject[8:]} | {duration(time) if time else ''} | {duration(time / units) if time else ''} |"
+                     f" {f'{memory[key]:.1f} MiB' if key in memory else ''} |")
+    return lines
+
+
+def version(*command):
+    try:
+        return subprocess.run(command, capture_output=True, text=True, check=True).stdout.strip().splitlines()[0]
+    except (OSError, subprocess.CalledProcessError, IndexError):
+        return "unknown"
+
+
+def machine():
+    processor = platform.machine()
+    if os.path.exists("/proc/cpuinfo"):
+        with open("/proc/cpuinfo") as file:
+            names = [line.split(":")[1].strip() for line in file if line.startswith("model name")]
+        processor = f"{names[0]}, {len(names)} processors" if names else processor
+    system = platform.freedesktop_os_release()["PRETTY_NAME"] if hasattr(platform, "freedesktop_os_release") else ""
+    packages = ["libqt5core5a", "libcrypto++-dev", "libeasyloggingpp-dev", "libssl3", "libqca-qt5-2", "libspdlog-dev",
+                "libbenchmark-dev"]
+    versions = [f"{name} {version('dpkg-query', '-W', '-f', '${Version}', name)}" for name in packages]
+    return [f"- {processor}; {system}; Linux {platform.release()}" if system else f"- {processor}; {platform.platform()}",
+            f"- {version('c++', '--version')}", "- " + ", ".join(versions)]
+
+
+def draw(rows, folder):
+    if shutil.which("gnuplot") is None:
+        return False
+    data = folder + "/benchmarks.dat"
+    rows = [row for row in rows if row[4] is not None][::-1]
+    with open(data, "w") as file:
+        for number, (subject, other, ours, theirs, target) in enumerate(rows):
+            file.write(f'{number}\t{theirs / ours:.4f}\t{target}\t"{subject} / {other}"\n')
+    script = f"""
+set terminal svg size 1000,{80 + 22 * len(rows)} font 'sans-serif,11'
+set output '{folder}/benchmarks.svg'
+set title 'Throughput of orvCore to that of the other (bar), and the ratio to reach (mark)'
+set logscale x 2
+set xrange [0.5:16]
+set xtics (0.5, 0.75, 1, 1.5, 2, 4, 8, 16)
+set yrange [-1:{len(rows)}]
+set grid xtics
+set style fill solid 0.7
+unset key
+set lmargin 62
+set datafile separator tab
+plot '{data}' using (0.5):1:(0.5):2:($1-0.35):($1+0.35):ytic(4) with boxxyerror linecolor rgb '#4477aa', \\
+     '' using 3:1 with points pointtype 2 pointsize 0.8 linecolor rgb '#cc3311'
+"""
+    subprocess.run(["gnuplot"], input=script, text=True, check=True)
+    os.remove(data)
+    return True
+
+
+def main():
+    bench, processes, notes, folder = sys.argv[1:]
+    times = bench_times(bench)
+    process_times, memory = process_rows(processes)
+    times.update(process_times)
+    rows = list(comparisons(times))
+    lines = ["# Benchmarks", "", "Made by `tools/bench.sh`. Medians; ratios are throughput of the library to that of the "
+             "other in the same run, so that", "they mean the same on another machine. The bare dependency does the "
+             "work that the library cannot do without.", ""]
+    lines += [f"- {datetime.date.today()}", *machine(), ""]
+    if draw(rows, folder):
+        lines += ["![Ratios](benchmarks.svg)", ""]
+    lines += comparison_table(rows) + ["", *derived_table(times), "", "## How cost grows", "",
+                                       *growth_table(times, memory), ""]
+    with open(notes) as file:
+        lines += file.read().splitlines()
+    with open(folder + "/benchmarks.md", "w") as file:
+        file.write("\n".join(lines) + "\n")
+
+
+main()

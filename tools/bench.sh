@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Measures the library beside what it is built on and what else one could take, and writes docs/benchmarks.md and .svg.
+# usage: tools/bench.sh [--quick]    --quick: a minute, to see that it works; its figures go nowhere
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+quick=false
+[ "${1:-}" != --quick ] || quick=true
+
+tools/bootstrap.sh benchmarks
+build=build/bench
+cmake --preset release -B "$build" -DORV_BUILD_BENCHMARKS=ON -DORV_BUILD_TESTS=OFF >/dev/null
+cmake --build "$build" >/dev/null
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+if $quick; then
+    options=(--benchmark_min_time=0.001 --benchmark_repetitions=2 '--benchmark_filter=-(growth.*(00000|256|4096)|snapshots).*')
+    files=(1 64) out=$work
+else
+    options=(--benchmark_min_time=0.1 --benchmark_repetitions=7)
+    files=(5 2048) out=docs
+fi
+"$build/benchmarks/orvBench" --benchmark_enable_random_interleaving=true "${options[@]}" \
+    --benchmark_out="$work/bench.json" --benchmark_out_format=json >/dev/null
+python3 benchmarks/processes.py "$build" "${files[@]}" "$work/processes.json"
+mkdir -p "$out"
+python3 benchmarks/report.py "$work/bench.json" "$work/processes.json" benchmarks/notes.md "$out"
+cat "$out/benchmarks.md"
