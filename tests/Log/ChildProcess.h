@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <gtest/gtest.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -51,4 +53,17 @@ inline QByteArray contentOf(const QString& path)
 inline QStringList linesOf(const QString& path)
 {
     return QString::fromUtf8(contentOf(path)).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+/// Runs `work` in a child process and expects that it comes to its end and that nothing fails in it.
+inline void expectInChild(const std::function<void()>& work, const QString& outputPath = QStringLiteral("/dev/null"))
+{
+    const Ending ending = runInChild(
+        [&work] {
+            work();
+            std::exit(testing::Test::HasFailure() ? 1 : 0);
+        },
+        outputPath);
+    EXPECT_EQ(ending.exitCode, 0) << contentOf(outputPath).constData();
+    EXPECT_EQ(ending.signal, 0);
 }

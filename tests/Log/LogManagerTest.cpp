@@ -66,6 +66,15 @@ protected:
     QTemporaryDir m_folder;
 };
 
+void inThreads(int count, const std::function<void()>& work)
+{
+    std::vector<std::thread> threads;
+    for (int i = 0; i < count; ++i)
+        threads.emplace_back(work);
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
 void logAllSeverities()
 {
     OrvDebug("a").debug() << "debug";
@@ -101,7 +110,7 @@ TEST_F(LogManagerTest, LevelsDecideWhatIsWritten)
     };
     for (const auto& [levels, expected] : rows) {
         QFile::remove(log());
-        runInChild(
+        expectInChild(
             [&, &levels = levels] {
                 for (const auto level : levels)
                     manager().setLogLevel(level);
@@ -116,7 +125,7 @@ TEST_F(LogManagerTest, LevelsDecideWhatIsWritten)
 
 TEST_F(LogManagerTest, DebugSwitch)
 {
-    runInChild([&] {
+    expectInChild([&] {
         manager().setLogLevel(LogManager::Debug);
         manager().setDebug(false);
         EXPECT_FALSE(manager().isDebug());
@@ -128,21 +137,28 @@ TEST_F(LogManagerTest, DebugSwitch)
 
 TEST_F(LogManagerTest, NothingIsWrittenUnlessAsked)
 {
-    runInChild(
-        [&] {
-            LogManager& log = manager();
-            log.setOutToFile(false);
-            log.init();
-            logAllSeverities();
-        },
-        output());
-    EXPECT_THAT(entries(log()), IsEmpty());
+    const auto run = [this] {
+        expectInChild(
+            [&] {
+                LogManager& log = manager();
+                log.setOutToFile(false);
+                log.init();
+                logAllSeverities();
+            },
+            output());
+    };
+    run();
+    EXPECT_FALSE(QFile::exists(log()));
+    const QByteArray old(2097152, 'x');
+    std::ofstream(log().toStdString()) << old.constData();
+    run();
+    EXPECT_EQ(contentOf(log()), old) << "a full log that is not in use stays as it is";
     EXPECT_THAT(entries(output()), IsEmpty());
 }
 
 TEST_F(LogManagerTest, StandardOutputAndRawOutput)
 {
-    runInChild(
+    expectInChild(
         [&] {
             manager().setOutToStream(true);
             manager().setAppPrefix(QStringLiteral("other"));
@@ -154,7 +170,7 @@ TEST_F(LogManagerTest, StandardOutputAndRawOutput)
     EXPECT_THAT(entries(path(QStringLiteral("log_other.log"))), ElementsAre("[INFO]: to stream"));
 
     QFile::remove(output());
-    runInChild(
+    expectInChild(
         [&] {
             manager().setRawOutput(true);
             manager().init();
@@ -184,7 +200,7 @@ TEST_F(LogManagerTest, ChangesWaitForReconfigure)
 
 TEST_F(LogManagerTest, VerboseEntriesNameTheirOrigin)
 {
-    runInChild([&] {
+    expectInChild([&] {
         manager().setVerbose(true);
         manager().init();
         QMessageLogger("file.cpp", 42, "void f()", "some.category").info("%s", "100% done %2");
@@ -197,7 +213,7 @@ TEST_F(LogManagerTest, VerboseEntriesNameTheirOrigin)
 
 TEST_F(LogManagerTest, ForeignNoiseAndUnknownTypesAreDropped)
 {
-    runInChild([&] {
+    expectInChild([&] {
         manager().init();
         qWarning("libpng warning: iCCP");
         qWarning("LIBPNG");
@@ -210,7 +226,7 @@ TEST_F(LogManagerTest, ForeignNoiseAndUnknownTypesAreDropped)
 
 TEST_F(LogManagerTest, ShadowGetsEveryEntryOnce)
 {
-    runInChild(
+    expectInChild(
         [&] {
             managerWithShadow().setOutToStream(true);
             manager().init();
@@ -266,17 +282,12 @@ TEST_F(LogManagerTest, FatalIsInBothLogsBeforeTheEnd)
 TEST_F(LogManagerTest, FullLogIsMovedAside)
 {
     const QByteArray text(1000, 'x');
-    runInChild([&] {
+    expectInChild([&] {
         managerWithShadow().init();
-        std::vector<std::thread> threads;
-        for (int t = 0; t < 4; ++t) {
-            threads.emplace_back([&text] {
-                for (int i = 0; i < 600; ++i)
-                    qInfo("%s", text.constData());
-            });
-        }
-        for (std::thread& thread : threads)
-            thread.join();
+        inThreads(4, [&text] {
+            for (int i = 0; i < 600; ++i)
+                qInfo("%s", text.constData());
+        });
     });
     const QStringList files = QDir(m_folder.path()).entryList({QStringLiteral("log_DOV_LOG_*.log")});
     ASSERT_EQ(files.size(), 1);
@@ -305,7 +316,7 @@ TEST_F(LogManagerTest, LogThatIsFullFromBeforeIsMovedAside)
 {
     const QByteArray old(2097152, 'x');
     std::ofstream(log().toStdString()) << old.constData();
-    runInChild([&] {
+    expectInChild([&] {
         manager().init();
         qInfo("new");
         manager().reconfigure();
@@ -319,7 +330,7 @@ TEST_F(LogManagerTest, LogThatIsFullFromBeforeIsMovedAside)
 TEST_F(LogManagerTest, MissingFolderIsMade)
 {
     const QString folder = path(QStringLiteral("a/b"));
-    runInChild([&] {
+    expectInChild([&] {
         LogManager& log = manager();
         log.setLogPath(folder);
         log.init();
@@ -348,10 +359,84 @@ TEST_F(LogManagerTest, GoesOnWhenTheFolderCanBeMadeAgain)
     EXPECT_THAT(entries(shadow()), ElementsAre("[INFO]: lost", "[INFO]: written"));
 }
 
+TEST_F(LogManagerTest, FullLogSurvivesUntilItsFolderIsBack)
+{
+    const QString folder = path(QStringLiteral("folder"));
+    const QString away = path(QStringLiteral("away"));
+    const QByteArray old(2097152, 'x');
+    ASSERT_TRUE(QDir().mkpath(away));
+    std::ofstream((away + QStringLiteral("/log_DOV_LOG.log")).toStdString()) << old.constData();
+    expectInChild([&] {
+        EXPECT_TRUE(QFile(folder).open(QIODevice::WriteOnly)); // in the place of the folder
+        LogManager& log = manager();
+        log.setLogPath(folder);
+        log.init();
+        qInfo("lost");
+        EXPECT_TRUE(QFile::remove(folder) && QFile::rename(away, folder));
+        qInfo("written");
+    });
+    EXPECT_THAT(entries(folder + QStringLiteral("/log_DOV_LOG.log")), ElementsAre("[INFO]: written"));
+    const QStringList moved = QDir(folder).entryList({QStringLiteral("log_DOV_LOG_*.log")});
+    ASSERT_EQ(moved.size(), 1);
+    EXPECT_EQ(contentOf(folder + QLatin1Char('/') + moved.first()), old);
+}
+
+TEST_F(LogManagerTest, DeletedLogsAreMadeAgain)
+{
+    expectInChild([&] {
+        managerWithShadow().init();
+        qInfo("gone");
+        EXPECT_TRUE(QFile::remove(log()) && QFile::remove(shadow()));
+        manager().reconfigure();
+        qInfo("text");
+    });
+    EXPECT_THAT(entries(log()), ElementsAre("[INFO]: text"));
+    EXPECT_THAT(entries(shadow()), ElementsAre("[INFO]: text"));
+}
+
+TEST_F(LogManagerTest, SeveralThreadsAndNoPlaceForEitherLog)
+{
+    const QString obstacle = path(QStringLiteral("obstacle"));
+    ASSERT_TRUE(QFile(obstacle).open(QIODevice::WriteOnly));
+    expectInChild([&] {
+        EXPECT_TRUE(QDir::setCurrent(m_folder.path()));
+        LogManager& log = managerWithShadow();
+        log.setLogPath(obstacle + QStringLiteral("/one/two"));
+        log.setShadowFilePath(obstacle + QStringLiteral("/three/four/shadow.log"));
+        log.init();
+        inThreads(4, [] {
+            for (int i = 0; i < 200; ++i)
+                qInfo("lost");
+        });
+    });
+    EXPECT_EQ(QDir(m_folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList("obstacle"));
+}
+
+TEST_F(LogManagerTest, ConfiguredAnewWhileThreadsLog)
+{
+    constexpr int Lines = 2000;
+    expectInChild([&] {
+        managerWithShadow().init();
+        std::thread configuring([&] {
+            for (int i = 0; i < 300; ++i)
+                manager().reconfigure();
+        });
+        inThreads(3, [] {
+            for (int i = 0; i < Lines; ++i)
+                qInfo("text");
+        });
+        configuring.join();
+    });
+    for (const QString& file : {log(), shadow()}) {
+        EXPECT_EQ(entries(file).size(), 3u * Lines);
+        EXPECT_THAT(entries(file), testing::Each("[INFO]: text"));
+    }
+}
+
 TEST_F(LogManagerTest, GoesOnWhenTheFolderIsGoneAtARollOver)
 {
     const QString folder = path(QStringLiteral("folder"));
-    runInChild([&] {
+    expectInChild([&] {
         LogManager& log = manager();
         log.setLogPath(folder);
         log.init();

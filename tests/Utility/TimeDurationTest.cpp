@@ -31,12 +31,16 @@ TEST(TimeDuration, DaysWithAChange)
     const QDate spring(2024, 3, 31);
     const QDate autumn(2024, 10, 27);
     const Row rows[] = {
-        {"Europe/Berlin", spring, 3 * 3600, "03:00:00"}, {"Europe/Berlin", spring, 23 * 3600 - 1, "22:59:59"},
+        {"Europe/Berlin", spring, 3 * 3600, "03:00:00"},
+        {"Europe/Berlin", spring, 23 * 3600 - 1, "22:59:59"},
         {"Europe/Berlin", spring, 23 * 3600, "1.00:00:00"}, // the day has no more
-        {"Europe/Berlin", spring, 86400, "1.01:00:00"}, {"Europe/Berlin", autumn, 86399, "23:59:59"},
+        {"Europe/Berlin", spring, 86400, "1.01:00:00"},
+        {"Europe/Berlin", autumn, 86399, "23:59:59"},
         {"Europe/Berlin", autumn, 86400, "00:00:00"}, // the day's 25th hour goes round
         {"Europe/Berlin", autumn, 25 * 3600, "1.00:00:00"},
         {"America/Sao_Paulo", QDate(2018, 11, 4), 3661, "01:01:01"}, // a day that begins at one o'clock
+        {"America/Sao_Paulo", QDate(2018, 11, 4), 23 * 3600, "1.00:00:00"},
+        {"America/Sao_Paulo", QDate(2018, 11, 4), -60, "23:59:00"},
     };
     for (const Row& row : rows) {
         const ScopedTimeZone zone(row.zone);

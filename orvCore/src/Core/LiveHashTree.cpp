@@ -34,7 +34,10 @@ MD5LiveHashTreeNode::~MD5LiveHashTreeNode() = default;
 
 QByteArray MD5LiveHashTreeNode::concatenateHashes(const QByteArray& left, const QByteArray& right) const
 {
-    return QCryptographicHash::hash(left + right, QCryptographicHash::Md5);
+    QCryptographicHash hash(QCryptographicHash::Md5);
+    hash.addData(left);
+    hash.addData(right);
+    return hash.result();
 }
 
 LiveHashTree::LiveHashTree() = default;
@@ -43,15 +46,15 @@ LiveHashTree::~LiveHashTree() = default;
 
 void LiveHashTree::addNextHash(const QByteArray& hash)
 {
-    m_stack.push(createNode(hash));
+    m_stack.append(createNode(hash));
     contract();
 }
 
 void LiveHashTree::contract()
 {
     while (m_stack.size() >= 2) {
-        const LiveHashTreeNode& right = *m_stack.top();
-        LiveHashTreeNode& left = *m_stack[m_stack.size() - 2];
+        const LiveHashTreeNode& right = *m_stack.constLast();
+        LiveHashTreeNode& left = *m_stack.at(m_stack.size() - 2);
         if (left.level() != right.level())
             return;
         left.merge(right);

@@ -1,6 +1,8 @@
 #include "Log/LogBackend_p.h"
 
-#include <atomic>
+#include <Orv/Log/LogRollout.h>
+
+#include <QFileInfo>
 
 INITIALIZE_EASYLOGGINGPP
 
@@ -8,21 +10,18 @@ namespace Orv::LogBackend {
 
 namespace {
 
-std::atomic<bool> alive{false};
+bool alive = false; // under the lock
 
 /// Constructed after the back end's storage, in this file, and so destroyed before it.
 struct Lifetime {
     Lifetime() { alive = true; }
-    ~Lifetime() { alive = false; }
+    ~Lifetime()
+    {
+        const Lock lock;
+        alive = false;
+    }
 };
 const Lifetime lifetime;
-
-/// Whether the logger is meant to write to a file.
-bool wantsFile(el::Logger& logger)
-{
-    const auto* toFile = logger.configurations()->get(el::Level::Global, el::ConfigurationType::ToFile);
-    return toFile && toFile->value() == "true";
-}
 
 using Stream = el::base::type::fstream_t;
 
@@ -35,13 +34,13 @@ void reopen(Stream& stream, el::Logger& logger, el::Level level)
     stream.open(fileName, std::ios::out | std::ios::app | std::ios::ate);
 }
 
-/// The open stream of the logger's file, if it is meant to have one. The back end gives up for good on a file that it
-/// could not open: this tries again, so that the log goes on when the cause is gone.
+/// The open stream of the logger's file. The back end gives up for good on a file that it could not open: this tries
+/// again, so that the log goes on when the cause is gone.
 Stream* openStream(el::Logger& logger, el::Level level)
 {
     Stream* stream = logger.typedConfigurations()->fileStream(level);
-    if (!stream && wantsFile(logger) && logger.enabled(level)) {
-        ELPP->registeredLoggers()->logStreamsReference()->erase(logger.typedConfigurations()->filename(level));
+    if (!stream && logger.enabled(level)) {
+        prepareFile(logger.typedConfigurations()->filename(level), logger.typedConfigurations()->maxLogFileSize(level));
         logger.reconfigure();
         stream = logger.typedConfigurations()->fileStream(level);
     }
@@ -61,11 +60,30 @@ void flush(Stream& stream, el::Logger& logger, el::Level level)
         el::Helpers::validateFileRolling(&logger, level);
 }
 
+std::recursive_mutex& mutex()
+{
+    // Never destroyed, so that threads which are left when the process exits find it.
+    static std::recursive_mutex& mutex = *new std::recursive_mutex;
+    return mutex;
+}
+
 } // namespace
+
+Lock::Lock() : m_lock(mutex())
+{
+}
 
 bool isAlive()
 {
     return alive;
+}
+
+void prepareFile(const std::string& fileName, std::size_t maxSize)
+{
+    ELPP->registeredLoggers()->logStreamsReference()->erase(fileName);
+    const QFileInfo file(QString::fromStdString(fileName));
+    if (maxSize > 0 && file.isFile() && static_cast<std::size_t>(file.size()) >= maxSize)
+        logsRollout(fileName.c_str(), maxSize);
 }
 
 void write(el::Level level, const char* loggerId, const std::string& text)
@@ -75,7 +93,6 @@ void write(el::Level level, const char* loggerId, const std::string& text)
         return;
     if (level == el::Level::Fatal)
         el::Loggers::addFlag(el::LoggingFlag::DisableApplicationAbortOnFatalLog);
-    const el::base::threading::ScopedLock lock(logger->lock());
     Stream* stream = openStream(*logger, level);
     el::base::Writer(level, "orvCore", 0, "").construct(logger) << text;
     if (stream)

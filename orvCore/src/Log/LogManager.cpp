@@ -7,7 +7,6 @@
 #include <Orv/Log/LogRollout.h>
 #include <Orv/Log/MessageHandlers.h>
 
-#include <QFileInfo>
 #include <QLoggingCategory>
 
 #include <string>
@@ -18,7 +17,7 @@ namespace {
 
 constexpr char LineFormat[] = "%datetime [%level]: %msg";
 constexpr char SubsecondDigits[] = "6";
-constexpr qint64 MaxFileSize = 2097152; // bytes
+constexpr std::size_t MaxFileSize = 2097152; // bytes
 
 const char* text(bool value)
 {
@@ -102,6 +101,7 @@ bool LogManager::init()
         return true;
 
     applyFilterRules();
+    const LogBackend::Lock lock;
     configureDefaultLogger();
     el::Helpers::installPreRollOutCallback(logsRollout);
     if (m_rawOutput)
@@ -134,14 +134,14 @@ void LogManager::applyFilterRules() const
 void LogManager::configureDefaultLogger() const
 {
     using Key = el::ConfigurationType;
-    const QString fileName = QStringLiteral("%1/log_%2.log").arg(m_logPath).arg(m_appPrefix);
-    // The back end would empty a file that is full already without asking: nothing is installed to move it aside yet.
-    if (m_outToFile && QFileInfo(fileName).size() >= MaxFileSize)
-        logsRollout(fileName.toUtf8().constData(), 0);
-
     el::Configurations configurations;
     configurations.setToDefault();
-    configurations.setGlobally(Key::Filename, fileName.toStdString());
+    // Whatever file it is given, the back end makes it, even if it is not to write to it.
+    if (m_outToFile) {
+        const std::string fileName = QStringLiteral("%1/log_%2.log").arg(m_logPath).arg(m_appPrefix).toStdString();
+        LogBackend::prepareFile(fileName, MaxFileSize);
+        configurations.setGlobally(Key::Filename, fileName);
+    }
     configurations.setGlobally(Key::PerformanceTracking, text(true));
     configurations.setGlobally(Key::MaxLogFileSize, std::to_string(MaxFileSize));
     configurations.setGlobally(Key::SubsecondPrecision, SubsecondDigits);
@@ -161,6 +161,7 @@ void LogManager::configureShadowLogger() const
     el::Loggers::addFlag(el::LoggingFlag::MultiLoggerSupport);
     el::Logger* logger = el::Loggers::getLogger(LogBackend::ShadowLogger, true);
     el::Configurations* configurations = logger->configurations();
+    LogBackend::prepareFile(m_shadowFilePath.toStdString(), 0);
     configurations->setGlobally(Key::Filename, m_shadowFilePath.toStdString());
     configurations->setGlobally(Key::MaxLogFileSize, "0");
     configurations->setGlobally(Key::SubsecondPrecision, SubsecondDigits);

@@ -39,14 +39,15 @@ void passToQt(QtMsgType type, const QMessageLogContext& context, const QString& 
 void writeTo(std::initializer_list<const char*> loggers, QtMsgType type, const QMessageLogContext& context,
     const QString& message)
 {
-    if (!Orv::LogBackend::isAlive()) {
-        passToQt(type, context, message);
-        return;
-    }
     const std::optional<el::Level> level = levelOf(type, message);
     if (!level)
         return;
     const std::string text = logFormat(type, context, message).toStdString();
+    const Orv::LogBackend::Lock lock;
+    if (!Orv::LogBackend::isAlive()) {
+        passToQt(type, context, message);
+        return;
+    }
     // One entry a logger: addressed to both at once, a fatal entry would end the process before the second logger, and
     // a disabled first logger would leave the second one without the text.
     for (const char* logger : loggers)

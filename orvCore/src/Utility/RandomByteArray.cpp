@@ -1,5 +1,7 @@
 #include <Orv/Utility/RandomByteArray.h>
 
+#include <QScopeGuard>
+
 #include <algorithm>
 #include <array>
 
@@ -17,6 +19,7 @@ template <class Take> bool readRandom(quint64 size, Take take)
     const int descriptor = ::open("/dev/urandom", O_RDONLY | O_CLOEXEC);
     if (descriptor == -1)
         return false;
+    const auto closing = qScopeGuard([descriptor] { ::close(descriptor); });
 
     std::array<char, 512> buffer{};
     bool ok = true;
@@ -27,7 +30,6 @@ template <class Take> bool readRandom(quint64 size, Take take)
         ok = take(buffer.data(), chunk);
         size -= chunk;
     }
-    ::close(descriptor);
     return ok;
 }
 

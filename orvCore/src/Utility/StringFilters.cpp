@@ -15,7 +15,7 @@ QString StringFilters::prefixFilter(const QString& text)
     QString result = text;
     const auto end = std::remove_if(
         result.begin(), result.end(), [](QChar character) { return InvalidCharacters.contains(character); });
-    result.resize(static_cast<int>(end - result.begin()));
+    result.truncate(static_cast<int>(end - result.begin()));
     return result;
 }
 
@@ -27,6 +27,8 @@ QString StringFilters::removeTrailingChar(const QString& text, const QChar& ch)
 
 QString StringFilters::escape(const QString& text)
 {
+    if (text.isEmpty())
+        return text;
     QString result;
     result.reserve(text.size());
     for (const QChar character : text) {

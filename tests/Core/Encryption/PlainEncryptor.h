@@ -121,7 +121,7 @@ template <class Encryptor> Outcome outcomeOf(Encryptor& encryptor, qint64 maxSiz
     QByteArray data(static_cast<int>(maxSize) + 5000, '\0');
     try {
         outcome.bytes = data.left(static_cast<int>(encryptor.readData(data.data(), maxSize)));
-    } catch (const CryptoPP::Exception& exception) {
+    } catch (const std::exception& exception) {
         outcome.error = exception.what();
     }
     outcome.atEnd = encryptor.atEnd();

@@ -20,7 +20,10 @@ namespace Orv {
 ///   dropped until it can be opened: every entry tries again, so the log goes on by itself once the cause is gone.
 /// - On a full disk entries are dropped, the last one perhaps cut short, until there is room again.
 /// - Several threads may write during a roll-over: their entries stay whole and go to the old file or the new one.
-/// Nothing reports such trouble: look at the file.
+/// - Entries for a file that is deleted while it is open go with it, until the next roll-over or `reconfigure()`.
+/// Nothing reports such trouble: look at the file. It has to be an ordinary file: a pipe without a reader blocks.
+///
+/// End your threads before `main` returns: a message that is logged while the process's statics go may find Qt gone.
 ///
 /// The setters are not thread-safe and only store; `init()` and `reconfigure()` apply. Logging from any thread is safe.
 class ORV_EXPORT LogManager {

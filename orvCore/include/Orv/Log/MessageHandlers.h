@@ -17,6 +17,6 @@ ORV_EXPORT void messageHandler(QtMsgType type, const QMessageLogContext& context
 ORV_EXPORT void messageHandlerShadow(QtMsgType type, const QMessageLogContext& context, const QString& message);
 
 /// The text of an entry: the message alone, or, in verbose mode, the message followed by a line each for the function,
-/// the category and the line number of its origin. There, the first of the marks %2 to %4 within the message are filled
-/// in as the text's own ones are. `type` is not used.
+/// the category and the line number of its origin. In that mode a message with marks such as "%1" of its own is
+/// garbled: they are filled in with the origin, and the text's own marks with what follows. `type` is not used.
 ORV_EXPORT QString logFormat(QtMsgType type, const QMessageLogContext& context, const QString& message);

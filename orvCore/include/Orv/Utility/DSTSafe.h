@@ -20,7 +20,8 @@ public:
     /// `dt` if it is valid. A time in a gap is moved on by the daylight-saving offset of the next change of the zone:
     /// 02:30 becomes 03:30 where 02:00 to 03:00 is skipped. It is that offset and nothing else, so where the gap is not
     /// as long as the offset, or where winter time is the one with an offset, the result is off by the difference.
-    /// Other invalid values give what the zone's arithmetic yields.
+    /// In a zone that has no further change, a gap of the past is not moved on, and gives a time about 1970, as other
+    /// invalid values do.
     static QDateTime check(const QDateTime& dt);
 
     DSTSafe& setTime(const QTime& time);

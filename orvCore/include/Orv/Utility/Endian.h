@@ -14,8 +14,8 @@ namespace Orv::Utitlity {
 ///
 /// Offsets and lengths are in bytes. Writers grow the array to hold what they write, zero what they skip over, and
 /// touch nothing else (the GUID writer is special, see there). Readers need the bytes to be there, and no offset may be
-/// negative or lead past what a byte array can hold: debug builds assert it; release builds read missing bytes as zero
-/// and write nothing, and never touch memory outside the array.
+/// negative or lead past what a byte array can hold: debug builds assert it; release builds read missing bytes (at a
+/// negative offset: all of them) as zero and write nothing, and never touch memory outside the array.
 ///
 /// No state, no logging, no exceptions but for lack of memory. Safe on distinct arrays from any thread.
 class ORV_EXPORT Endian {

@@ -8,11 +8,11 @@ namespace Orv::Utitlity {
 
 /// Base64 (RFC 4648) for file names and URLs: "-" stands for "+", "~" for "/" and "_" for the padding "=".
 ///
-/// A view: it refers to the array that it is made from, which has to outlive it. Nothing is thrown or logged.
+/// A view: it refers to the array that it is made from, which has to outlive it. Nothing is logged, or thrown but for
+/// lack of memory.
 class ORV_EXPORT SafeBase64 {
 public:
     explicit SafeBase64(const QByteArray& data) : m_data(data) { }
-    SafeBase64(QByteArray&&) = delete; // would be gone before it is read
 
     /// The safe text of the bytes.
     QByteArray to() const;

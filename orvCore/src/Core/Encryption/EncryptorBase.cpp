@@ -5,6 +5,8 @@
 #include <Orv/Core/Encryption/Encryptors.h>
 #include <Orv/Core/Encryption/Key.h>
 
+#include <QScopeGuard>
+
 #include <algorithm>
 
 using CryptoPP::byte;
@@ -108,6 +110,8 @@ void EncryptorBase::transformFromSource(qint64 request)
     const int size = buffered + held + static_cast<int>(request);
     m_buffer.reserve(size); // also keeps the memory when the buffer runs empty
     m_buffer.resize(size);
+    int filled = buffered; // nothing of a failed call is handed out
+    const auto trim = qScopeGuard([this, &filled] { m_buffer.resize(filled); });
     auto* area = reinterpret_cast<byte*>(m_buffer.data()) + buffered;
     std::copy_n(transformation.heldBytes.data(), held, area);
 
@@ -118,12 +122,12 @@ void EncryptorBase::transformFromSource(qint64 request)
 
     const bool atEnd = m_source->atEnd();
     if (atEnd || transformation.ended) {
-        finishThroughFilter(buffered, whole, available, atEnd);
+        filled = finishThroughFilter(buffered, whole, available, atEnd);
         return;
     }
     transformation.held = available - whole;
     std::copy_n(area + whole, transformation.held, transformation.heldBytes.data());
-    m_buffer.resize(buffered + whole);
+    filled = buffered + whole;
 }
 
 /// How many of the bytes at hand can be transformed now: all whole blocks, but for the last one while decrypting, which
@@ -137,9 +141,9 @@ int EncryptorBase::readyBytes(int available) const
 /// The buffer holds `buffered` bytes from before, then `whole` bytes just transformed, then, up to `available`, the
 /// ones for the filter.
 ///
-/// A sequential source may grow again after its end; the filter then goes on as the cipher library means it to, which
-/// no longer gives output once a message was complete.
-void EncryptorBase::finishThroughFilter(int buffered, int whole, int available, bool atEnd)
+/// Returns how many bytes the buffer holds then. A sequential source may grow again after its end; the filter then goes
+/// on as the cipher library means it to, which no longer gives output once a message was complete.
+int EncryptorBase::finishThroughFilter(int buffered, int whole, int available, bool atEnd)
 {
     StreamTransformation& transformation = *m_transformation;
     StreamTransformationFilter& filter = *transformation.filter;
@@ -151,9 +155,8 @@ void EncryptorBase::finishThroughFilter(int buffered, int whole, int available, 
         try {
             filter.MessageEnd();
         } catch (...) {
-            // Nothing of a failed call is handed out, unless a later one completes the stream.
+            // For a later call that may complete the stream
             filter.AttachedTransformation()->Put(area, whole);
-            m_buffer.resize(buffered);
             throw;
         }
         m_finished = true;
@@ -162,6 +165,7 @@ void EncryptorBase::finishThroughFilter(int buffered, int whole, int available, 
     const auto rest = static_cast<int>(filter.MaxRetrievable());
     m_buffer.resize(buffered + whole + rest);
     filter.Get(reinterpret_cast<byte*>(m_buffer.data()) + buffered + whole, rest);
+    return m_buffer.size();
 }
 
 } // namespace Orv::Core::Encryption

@@ -11,11 +11,13 @@ namespace Orv::Core::Encryption {
 /// The cipher library's objects behind an encryptor: the keyed mode, and the padding filter around it.
 class StreamTransformation {
 public:
-    /// Replaces the mode. The filter refers to the old one and goes with it.
+    /// Replaces the mode, for a new stream. The filter refers to the old one and goes with it.
     void setMode(std::unique_ptr<CryptoPP::StreamTransformation> newMode)
     {
         filter.reset();
         mode = std::move(newMode);
+        held = 0;
+        ended = false;
     }
 
     std::unique_ptr<CryptoPP::StreamTransformation> mode; // outlives the filter, being declared before it

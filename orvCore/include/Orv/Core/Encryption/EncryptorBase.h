@@ -61,8 +61,12 @@ public:
     /// The source is asked once for `maxSize` less what is held from earlier calls, rounded up to whole blocks. A
     /// source that fails gives no bytes; ask it for its error. Needs a source and a successful `init()`.
     ///
+    /// A source is at its end when its `atEnd()` says so. That of a socket, a pipe or a process says so whenever
+    /// nothing has come yet: collect what they send first.
+    ///
     /// While decrypting, a stream that is not made of whole blocks or ends in a wrong padding throws the cipher
-    /// library's exception in the call that meets the end of the source; `atEnd()` then stays false.
+    /// library's exception in the call that meets the end of the source; `atEnd()` then stays false. After an exception
+    /// the object is of no further use.
     qint64 readData(char* data, qint64 maxSize);
 
     /// Whether everything has been handed out.
@@ -79,7 +83,7 @@ protected:
 private:
     void transformFromSource(qint64 request);
     int readyBytes(int available) const;
-    void finishThroughFilter(int buffered, int whole, int available, bool atEnd);
+    int finishThroughFilter(int buffered, int whole, int available, bool atEnd);
 
     const Algorithm m_algorithm;
     const Type m_type;

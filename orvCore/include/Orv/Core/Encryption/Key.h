@@ -40,7 +40,7 @@ public:
     /// PBKDF2-HMAC-SHA1 (RFC 8018) of `password`, as long as the algorithm's key; empty if it has no key length.
     ///
     /// An empty `salt` stands for eight zero bytes, which is not the same as a salt of no length. `iterations` is used
-    /// as it is; the cipher library takes a count of 0 for 1.
+    /// as it is: the cipher library takes a count of 0 for 1, and a negative one for billions.
     static QByteArray generate(Algorithm algorithm, const QByteArray& password, const QByteArray& salt, int iterations);
 
     /// `generate` without a salt and with `ITERATION_SIMPLE` iterations.
