@@ -111,7 +111,10 @@ def derived_table(times):
 
 def growth_table(times, memory):
     lines = ["| subject | time | a unit | peak memory |", "|---|---:|---:|---:|"]
-    for key in sorted(set(times) | set(memory), key=lambda k: [int(t) if t.isdigit() else t for t in re.split(r"(\d+)", k[0])]):
+    def by_number(key):
+        return [int(part) if part.isdigit() else part for part in re.split(r"(\d+)", key[0])]
+
+    for key in sorted(set(times) | set(memory), key=by_number):
         subject = key[0]
         if not subject.startswith("growth: "):
             continue
@@ -178,9 +181,10 @@ def main():
     process_times, memory = process_rows(processes)
     times.update(process_times)
     rows = list(comparisons(times))
-    lines = ["# Benchmarks", "", "Made by `tools/bench.sh`. Medians; ratios are throughput of the library to that of the "
-             "other in the same run, so that", "they mean the same on another machine. The bare dependency does the "
-             "work that the library cannot do without.", ""]
+    lines = ["# Benchmarks", "",
+             "Made by `tools/bench.sh`. Medians; ratios are throughput of the library to that of the other in the same",
+             "run, so that they mean the same on another machine. The bare dependency does the work that the library",
+             "cannot do without.", ""]
     lines += [f"- {datetime.date.today()}", *machine(), ""]
     if draw(rows, folder):
         lines += ["![Ratios](benchmarks.svg)", ""]

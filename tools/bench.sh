@@ -15,7 +15,8 @@ cmake --build "$build" >/dev/null
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 if $quick; then
-    options=(--benchmark_min_time=0.001 --benchmark_repetitions=2 '--benchmark_filter=-(growth.*(00000|256|4096)|snapshots).*')
+    options=(--benchmark_min_time=0.001 --benchmark_repetitions=2)
+    options+=('--benchmark_filter=-(growth.*(00000|256|4096)|snapshots).*')
     files=(1 64) out=$work
 else
     options=(--benchmark_min_time=0.1 --benchmark_repetitions=7)

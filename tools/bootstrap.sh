@@ -7,7 +7,8 @@ debian_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libcrypto++
     libgtest-dev libgmock-dev openssl)
 brew_formulas=(cmake ninja ccache pkg-config qt@5 cryptopp googletest openssl@3)
 if [ "${1:-}" = benchmarks ]; then
-    debian_packages+=(libbenchmark-dev libssl-dev libqca-qt5-2-dev libqca-qt5-2-plugins libspdlog-dev gnuplot-nox python3)
+    debian_packages+=(libbenchmark-dev libssl-dev libqca-qt5-2-dev libqca-qt5-2-plugins libspdlog-dev gnuplot-nox
+        python3)
     brew_formulas+=(google-benchmark spdlog gnuplot python3)
 fi
 
@@ -19,12 +20,16 @@ install_debian() {
     [ ${#missing[@]} -eq 0 ] && return
     local as_root=()
     if [ "$(id -u)" -ne 0 ]; then
-        command -v sudo >/dev/null || { echo "These packages are missing: ${missing[*]}. Install them as root." >&2; exit 2; }
+        command -v sudo >/dev/null || {
+            echo "These packages are missing: ${missing[*]}. Install them as root." >&2
+            exit 2
+        }
         as_root=(sudo)
     fi
     echo "Installing ${missing[*]}"
     "${as_root[@]}" apt-get update -qq
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
 install_macos() {

@@ -3,12 +3,13 @@
 #include "Log/ThreadNumber_p.h"
 
 #include <QHash>
-#include <QStringBuilder>
+#include <QVarLengthArray>
 
 #include <array>
 #include <charconv>
 #include <cstdio>
 #include <mutex>
+#include <string_view>
 
 // The objects behind these functions are never destroyed, so that code which runs late in the process's exit can still
 // log.
@@ -61,9 +62,17 @@ QDebug withPrefix(QDebug stream, const char* name, bool isOn = true)
     const quint64 thread = threadId();
     stream.noquote();
     if (isOn) {
-        std::array<char, 24> digits{};
-        std::to_chars(digits.begin(), digits.end(), thread);
-        stream << QString(u"[ " % QString::fromUtf8(name) % u" ] [ " % QLatin1String(digits.data()) % u" ]");
+        std::array<char, 20> digits;
+        const auto digitsEnd = std::to_chars(digits.begin(), digits.end(), thread).ptr;
+        QVarLengthArray<char, 128> prefix; // UTF-8
+        const auto add = [&prefix](std::string_view text) { prefix.append(text.data(), int(text.size())); };
+        add("[ ");
+        add({name, qstrlen(name)});
+        add(" ] [ ");
+        add({digits.data(), size_t(digitsEnd - digits.data())});
+        add(" ]");
+        prefix.append('\0');
+        stream << prefix.constData();
     }
     return stream;
 }

@@ -6,6 +6,8 @@
 
 int file_wr_check_name(const char* name)
 {
+    if (!name)
+        return -1;
     struct stat status = {};
     const int result = ::stat(name, &status);
     return result != 0 ? result : file_wr_check_ino(status.st_ino);
