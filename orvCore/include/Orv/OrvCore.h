@@ -20,6 +20,7 @@
 #include <Orv/Log/MessageHandlers.h>
 #include <Orv/Log/OrvDebug.h>
 #include <Orv/Mac/CheckPackageSignature.h>
+#include <Orv/Mac/FileProviderMac.h>
 #include <Orv/Mac/SystemInfo.h>
 #include <Orv/Utility/DSTSafe.h>
 #include <Orv/Utility/DateTimeCompare.h>
