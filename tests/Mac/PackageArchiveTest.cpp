@@ -133,6 +133,7 @@ TEST(PackageArchive, Checksum)
         const char* name;
         const char* warning;
         QByteArray element;
+        int before = 7; // bytes in the heap
     };
     const auto element = [](const QByteArray& children) {
         return "<checksum style='sha1'>" + children + "</checksum>";
@@ -145,15 +146,15 @@ TEST(PackageArchive, Checksum)
         {"all around", NOT_OPENED, checksumElement("sha1", 20, ~quint64(0) - 20)},
         {"too short", NOT_OPENED, checksumElement("sha1", 19, 7)},
         {"too long", NOT_OPENED, checksumElement("sha1", HUGE_SIZE, 7)},
-        {"no offset", NOT_OPENED, element("<size>20</size>")},
+        {"no offset", NOT_OPENED, element("<size>20</size>"), 0},
         {"no size", NOT_OPENED, element("<offset>7</offset>")},
-        {"negative", NOT_OPENED, element("<offset>-1</offset><size>20</size>")},
-        {"no number", NOT_OPENED, element("<offset>seven</offset><size>20</size>")},
+        {"negative", NOT_OPENED, element("<offset>-1</offset><size>20</size>"), 0},
+        {"no number", NOT_OPENED, element("<offset>zero</offset><size>20</size>"), 0},
     };
     for (const Row& row : rows) {
         XarArchive archive;
         archive.table = tableOf(row.element + signature());
-        archive.heapStart = QByteArray(7, 'h');
+        archive.heapStart = QByteArray(row.before, 'h');
         EXPECT_EQ(warningFor(archive.bytes()), row.warning) << row.name;
     }
     EXPECT_EQ(warningFor(changed([](XarArchive& a) { a.checksum = QByteArray(20, 'x'); })), NOT_OPENED);
