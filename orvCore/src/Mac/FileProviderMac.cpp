@@ -54,8 +54,6 @@ int FileProviderMac::downloadingStatus() const
         return Unknown;
     const QString status = m_item->status();
     const CloudItem::Statuses statuses = m_item->statuses();
-    if (status.isNull())
-        return Unknown;
     if (status == statuses.current)
         return Current;
     if (status == statuses.downloaded)
