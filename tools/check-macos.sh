@@ -14,7 +14,8 @@ fail() {
 
 [ $# -eq 1 ] || fail "usage: tools/check-macos.sh SDK"
 sdk=$1
-[ -d "$sdk/include" ] && [ -d "$sdk/Frameworks" ] || fail "$sdk has no include/ and Frameworks/"
+[ -d "$sdk/include" ] || fail "$sdk has no include/"
+[ -d "$sdk/Frameworks" ] || fail "$sdk has no Frameworks/"
 command -v clang++ >/dev/null || fail "clang++ is missing"
 libcxx=$(dirname "$(dirname "$(readlink -f "$(command -v clang++)")")")/include/c++/v1
 [ -d "$libcxx" ] || fail "the headers of libc++ are missing: there is no $libcxx"
@@ -47,6 +48,7 @@ export -f compile
 mapfile -t sources < <(find orvCore/src -name '*.cpp' ! -name '*_linux.cpp' | sort)
 sources+=("$work"/moc_*.cpp /usr/include/easylogging++.cc)
 for target in x86_64-apple-macos12 arm64-apple-macos12; do
+    # shellcheck disable=SC2016 # the inner shell expands it
     printf '%s\n' "${sources[@]}" |
         xargs -P "$(getconf _NPROCESSORS_ONLN)" -I{} bash -c 'compile "$0" "$1"' "$target" {} || exit 1
     echo "${#sources[@]} sources compile for $target"
