@@ -7,7 +7,7 @@ debian_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libcrypto++
     libgtest-dev libgmock-dev libssl-dev zlib1g-dev openssl)
 brew_formulas=(cmake ninja ccache pkg-config qt@5 cryptopp googletest openssl@3)
 if [ "${1:-}" = benchmarks ]; then
-    debian_packages+=(libbenchmark-dev libssl-dev libqca-qt5-2-dev libqca-qt5-2-plugins libspdlog-dev gnuplot-nox python3)
+    debian_packages+=(libbenchmark-dev libqca-qt5-2-dev libqca-qt5-2-plugins libspdlog-dev gnuplot-nox python3)
     brew_formulas+=(google-benchmark spdlog gnuplot python3)
 fi
 
