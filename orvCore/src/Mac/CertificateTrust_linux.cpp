@@ -11,7 +11,7 @@ namespace Orv::Utitlity {
 namespace {
 
 // Bounds the search for a chain, and is more than a chain may have by OpenSSL's default.
-constexpr int MAX_CERTIFICATES = 100;
+constexpr int MostCertificates = 100;
 
 template <auto Free> struct Freer {
     template <typename Object> void operator()(Object* object) const { Free(object); }
@@ -55,7 +55,7 @@ Certificates parse(const QList<QByteArray>& chain)
 
 bool isTrustedChain(const QList<QByteArray>& chain)
 {
-    if (chain.isEmpty() || chain.size() > MAX_CERTIFICATES)
+    if (chain.isEmpty() || chain.size() > MostCertificates)
         return false;
     const ErrorMark mark;
     const Certificates certificates = parse(chain);

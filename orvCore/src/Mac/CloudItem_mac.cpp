@@ -23,7 +23,7 @@ namespace Orv::Utility {
 namespace {
 
 /// The application's container, as its entitlements name it.
-const QString CONTAINER = QStringLiteral("iCloud.com.orv.backup");
+const QString Container = QStringLiteral("iCloud.com.orv.backup");
 
 /// Sends a message. The types of result and arguments have to be exactly those of the method: which registers they
 /// travel in depends on them. No method that is called here returns a structure or a floating-point number, which
@@ -77,7 +77,7 @@ public:
     {
         const Pool pool;
         const Owned manager(makeNew("NSFileManager"));
-        const id root = send<id>(manager, "URLForUbiquityContainerIdentifier:", CONTAINER.toNSString());
+        const id root = send<id>(manager, "URLForUbiquityContainerIdentifier:", Container.toNSString());
         CloudSetup setup;
         setup.userName = QString::fromNSString(::NSUserName());
         setup.fullUserName = QString::fromNSString(::NSFullUserName());

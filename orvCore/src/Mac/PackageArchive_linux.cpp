@@ -20,24 +20,24 @@ namespace Orv::Utitlity {
 
 namespace {
 
-constexpr quint32 MAGIC = 0x78617221; // "xar!"
-constexpr quint16 FORMAT_VERSION = 1;
-constexpr quint64 HEADER_SIZE = 28;
+constexpr quint32 Magic = 0x78617221; // "xar!"
+constexpr quint16 FormatVersion = 1;
+constexpr quint64 HeaderSize = 28;
 
 // What bounds memory and time, whatever an archive claims. The table of a package with thousands of files is far
 // smaller, its elements have one or two attributes, and they lie as deep as the folders in the package.
-constexpr quint64 MAX_TABLE_SIZE = 4 << 20;
-constexpr int MAX_DEPTH = 1000;
-constexpr int MAX_ATTRIBUTES = 100; // of an element: the XML reader compares each with every other one
+constexpr quint64 LargestTable = 4 << 20;
+constexpr int GreatestDepth = 1000;
+constexpr int MostAttributes = 100; // of an element: the XML reader compares each with every other one
 
 /// The checksum's name for "no checksum".
-const QString NONE = QStringLiteral("none");
+const QString NoChecksum = QStringLiteral("none");
 
 struct Digest {
     QLatin1String name;
     QCryptographicHash::Algorithm algorithm;
 };
-const std::array<Digest, 6> DIGESTS = {{
+const std::array<Digest, 6> Digests = {{
     {QLatin1String("sha1"), QCryptographicHash::Sha1},
     {QLatin1String("md5"), QCryptographicHash::Md5},
     {QLatin1String("sha224"), QCryptographicHash::Sha224},
@@ -84,7 +84,7 @@ std::optional<QString> checksumName(ArchiveFile& file, quint32 algorithm, quint1
 {
     switch (algorithm) {
     case 0:
-        return NONE;
+        return NoChecksum;
     case 1:
         return QStringLiteral("sha1");
     case 2:
@@ -94,14 +94,14 @@ std::optional<QString> checksumName(ArchiveFile& file, quint32 algorithm, quint1
     default:
         return std::nullopt;
     }
-    const auto name = file.read(HEADER_SIZE, headerSize - HEADER_SIZE);
+    const auto name = file.read(HeaderSize, headerSize - HeaderSize);
     const int end = name ? name->indexOf('\0') : -1;
     return end < 0 ? std::nullopt : std::optional(QString::fromLatin1(name->constData(), end).toLower());
 }
 
 std::optional<Header> readHeader(ArchiveFile& file)
 {
-    const auto bytes = file.read(0, HEADER_SIZE);
+    const auto bytes = file.read(0, HeaderSize);
     if (!bytes)
         return std::nullopt;
     QDataStream stream(*bytes);
@@ -110,7 +110,7 @@ std::optional<Header> readHeader(ArchiveFile& file)
     quint16 version = 0;
     quint32 algorithm = 0;
     stream >> magic >> header.size >> version >> header.compressedSize >> header.tableSize >> algorithm;
-    if (magic != MAGIC || version != FORMAT_VERSION || header.size < HEADER_SIZE)
+    if (magic != Magic || version != FormatVersion || header.size < HeaderSize)
         return std::nullopt;
     const auto checksum = checksumName(file, algorithm, header.size);
     if (!checksum)
@@ -134,8 +134,8 @@ std::optional<QByteArray> inflate(const QByteArray& compressed, quint64 tableSiz
 
 /// What the table of contents says of the signature and the checksum.
 struct Contents {
-    QString checksum = NONE; // the name of its algorithm, in lower case
-    QString checksumOffset;  // in the heap
+    QString checksum = NoChecksum; // the name of its algorithm, in lower case
+    QString checksumOffset;        // in the heap
     QString checksumSize;
     int signatures = 0;
     QStringList certificates; // of the first signature, Base64 with line breaks
@@ -148,7 +148,7 @@ bool mayHaveTooManyAttributes(const QString& xml)
     for (const QChar character : xml) {
         if (character == QLatin1Char('<'))
             signs = 0;
-        else if (character == QLatin1Char('=') && ++signs > MAX_ATTRIBUTES)
+        else if (character == QLatin1Char('=') && ++signs > MostAttributes)
             return true;
     }
     return false;
@@ -182,7 +182,7 @@ std::optional<Contents> parseTable(const QString& table)
     while (!xml.atEnd()) {
         xml.readNext();
         if (xml.isStartElement()) {
-            if (++depth > MAX_DEPTH)
+            if (++depth > GreatestDepth)
                 return std::nullopt;
             path += QLatin1Char('/') + xml.qualifiedName();
             take(xml, path, contents);
@@ -200,11 +200,11 @@ bool isChecksumRight(ArchiveFile& file, const Header& header, const Contents& co
 {
     if (contents.checksum != header.checksum)
         return false;
-    if (contents.checksum == NONE)
+    if (contents.checksum == NoChecksum)
         return contents.signatures == 0; // a signature signs the checksum
     const auto digest = std::find_if(
-        DIGESTS.begin(), DIGESTS.end(), [&](const Digest& candidate) { return candidate.name == contents.checksum; });
-    if (digest == DIGESTS.end())
+        Digests.begin(), Digests.end(), [&](const Digest& candidate) { return candidate.name == contents.checksum; });
+    if (digest == Digests.end())
         return false;
     const QByteArray expected = QCryptographicHash::hash(compressed, digest->algorithm);
     bool isNumber = false;
@@ -218,7 +218,7 @@ bool isChecksumRight(ArchiveFile& file, const Header& header, const Contents& co
 std::optional<Contents> readContents(ArchiveFile& file)
 {
     const auto header = readHeader(file);
-    if (!header || header->compressedSize > MAX_TABLE_SIZE || header->tableSize > MAX_TABLE_SIZE)
+    if (!header || header->compressedSize > LargestTable || header->tableSize > LargestTable)
         return std::nullopt;
     const auto compressed = file.read(header->size, header->compressedSize);
     if (!compressed)
