@@ -34,6 +34,7 @@ void interrupt(int signal)
 
 void crashHandler(int signal)
 {
+    const Orv::LogBackend::Lock lock;
     if (signal == SIGINT) {
         interrupt(signal);
         return;

@@ -221,6 +221,7 @@ TEST(Encryptor, PortionsAtTheEnd)
     EXPECT_EQ(empty->readData(data, 64), 0);
 
     const auto hundred = makeEncryptor(Aes128, true, Cbc, key, iv, bufferOf(QByteArray(100, 'x')));
+    EXPECT_EQ(hundred->readData(data, -1), 0);
     EXPECT_EQ(hundred->readData(data, 100), 100);
     EXPECT_FALSE(hundred->atEnd());
     EXPECT_EQ(hundred->readData(data, 1), 12) << "the remainder comes in one piece";

@@ -89,20 +89,23 @@ qint64 EncryptorBase::readData(char* data, qint64 maxSize)
 
     const qint64 shortfall = std::max<qint64>(0, maxSize - m_buffer.size());
     const qint64 blocks = shortfall / m_blockSize + (shortfall % m_blockSize != 0);
-    transformFromSource(std::min(blocks, LargestRead / m_blockSize) * m_blockSize);
+    const qint64 request = std::min(blocks, LargestRead / m_blockSize) * m_blockSize;
+    const qint64 direct = transformFromSource(request, data, maxSize);
 
-    const int count = static_cast<int>(std::clamp<qint64>(maxSize, 0, m_buffer.size()));
-    std::copy_n(m_buffer.constData(), count, data);
+    const int count = static_cast<int>(std::clamp<qint64>(maxSize - direct, 0, m_buffer.size()));
+    std::copy_n(m_buffer.constData(), count, data + direct);
     m_buffer.remove(0, count);
-    return count;
+    return direct + count;
 }
 
-/// Reads `request` bytes from the source and appends what they become to the buffer.
+/// Reads `request` bytes from the source. What they become is appended to the buffer; but if the buffer is empty and
+/// the stream is not at its end, whole blocks that fit go straight to `data`, with room for `room` bytes, and their
+/// size is returned.
 ///
-/// Whole blocks are transformed in place, where they were read. Only what has to wait for the end of the source passes
-/// through the filter, which adds or checks the padding. (Sending everything through the filter is the plain way and
-/// gives the same bytes from each call, but copies them several times over.)
-void EncryptorBase::transformFromSource(qint64 request)
+/// Only what has to wait for the end of the source passes through the filter, which adds or checks the padding.
+/// (Sending everything through the filter is the plain way and gives the same bytes from each call, but copies them
+/// several times over.)
+qint64 EncryptorBase::transformFromSource(qint64 request, char* data, qint64 room)
 {
     StreamTransformation& transformation = *m_transformation;
     const int buffered = m_buffer.size();
@@ -118,16 +121,22 @@ void EncryptorBase::transformFromSource(qint64 request)
     const qint64 received = m_source->read(reinterpret_cast<char*>(area + held), request);
     const int available = held + static_cast<int>(std::max<qint64>(0, received));
     const int whole = transformation.ended ? 0 : readyBytes(available);
-    transformation.mode->ProcessData(area, area, whole);
 
     const bool atEnd = m_source->atEnd();
     if (atEnd || transformation.ended) {
+        transformation.mode->ProcessData(area, area, whole);
         filled = finishThroughFilter(buffered, whole, available, atEnd);
-        return;
+        return 0;
     }
+    const qint64 wholeRoom = buffered == 0 ? room / m_blockSize * m_blockSize : 0;
+    const int direct = static_cast<int>(std::clamp<qint64>(wholeRoom, 0, whole));
+    transformation.mode->ProcessData(reinterpret_cast<byte*>(data), area, direct);
+    transformation.mode->ProcessData(area + direct, area + direct, whole - direct);
     transformation.held = available - whole;
     std::copy_n(area + whole, transformation.held, transformation.heldBytes.data());
-    filled = buffered + whole;
+    std::copy(area + direct, area + whole, area);
+    filled = buffered + whole - direct;
+    return direct;
 }
 
 /// How many of the bytes at hand can be transformed now: all whole blocks, but for the last one while decrypting, which

@@ -81,7 +81,7 @@ protected:
     void appendRandomIv(unsigned short size);
 
 private:
-    void transformFromSource(qint64 request);
+    qint64 transformFromSource(qint64 request, char* data, qint64 room);
     int readyBytes(int available) const;
     int finishThroughFilter(int buffered, int whole, int available, bool atEnd);
 
