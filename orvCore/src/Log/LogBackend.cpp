@@ -25,8 +25,15 @@ const Lifetime lifetime;
 
 using Stream = el::base::type::fstream_t;
 
+constexpr std::size_t LongestHead = 64; // bytes: date, time and level of an entry
+
+/// How many bytes fit into the ordinary log for certain: to ask for its size after each entry would cost a tenth of the
+/// time that an entry takes. (The back end asks before each one; this is for the entry that fills it.)
+std::size_t certainRoom = 0;
+
 void reopen(Stream& stream, el::Logger& logger, el::Level level)
 {
+    certainRoom = 0;
     const std::string& fileName = logger.typedConfigurations()->filename(level);
     el::base::utils::File::createPath(el::base::utils::File::extractPathFromFilename(fileName));
     stream.close();
@@ -49,15 +56,29 @@ Stream* openStream(el::Logger& logger, el::Level level)
     return stream && stream->is_open() ? stream : nullptr;
 }
 
+void rollOverIfFull(Stream& stream, el::Logger& logger, el::Level level, std::size_t entrySize)
+{
+    const std::size_t maxSize = logger.typedConfigurations()->maxLogFileSize(level);
+    if (maxSize == 0)
+        return;
+    if (entrySize < certainRoom) {
+        certainRoom -= entrySize;
+        return;
+    }
+    el::Helpers::validateFileRolling(&logger, level);
+    const std::size_t size = el::base::utils::File::getSizeOfFile(&stream);
+    certainRoom = size < maxSize ? maxSize - size : 0;
+}
+
 /// Left to itself, the back end takes a failed stream for an endless file, rolls it over and truncates it; hence
 /// `NeverByItself`. What the failed stream still holds is dropped: it is the entry that found no room.
-void flush(Stream& stream, el::Logger& logger, el::Level level)
+void flush(Stream& stream, el::Logger& logger, el::Level level, std::size_t entrySize)
 {
     stream.flush();
     if (stream.fail())
         reopen(stream, logger, level);
     else
-        el::Helpers::validateFileRolling(&logger, level);
+        rollOverIfFull(stream, logger, level, entrySize);
 }
 
 std::recursive_mutex& mutex()
@@ -80,6 +101,7 @@ bool isAlive()
 
 void prepareFile(const std::string& fileName, std::size_t maxSize)
 {
+    certainRoom = 0;
     ELPP->registeredLoggers()->logStreamsReference()->erase(fileName);
     const QFileInfo file(QString::fromStdString(fileName));
     if (maxSize > 0 && file.isFile() && static_cast<std::size_t>(file.size()) >= maxSize)
@@ -96,7 +118,7 @@ void write(el::Level level, const char* loggerId, const std::string& text)
     Stream* stream = openStream(*logger, level);
     el::base::Writer(level, "orvCore", 0, "").construct(logger) << text;
     if (stream)
-        flush(*stream, *logger, level);
+        flush(*stream, *logger, level, LongestHead + text.size());
 }
 
 } // namespace Orv::LogBackend
