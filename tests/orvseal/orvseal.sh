@@ -202,6 +202,7 @@ check_damaged_file() {
     expect_line err 'orvseal: e: its sealed file 00000005.sealed: not a regular file'
     expect_line err 'orvseal: f: its sealed file 00000006.sealed: not a regular file'
     expect_line err 'orvseal: data/other: surplus'
+    expect_line out '; 7 problems'
     [ "$(wc -l <err)" -eq 7 ] || fail "not seven lines: $(cat err)"
     expect_status 1 open vault target
     [ "$(ls -A target)" = g ] || fail "in the target are: $(ls -A target)"
@@ -402,6 +403,7 @@ check_skipped_entries() {
     expect_status 1 seal source vault
     expect_line err "orvseal: folder/pipe: skipped: File is not intended for backup because it's a FIFO/pipe."
     [ "$(wc -l <err)" -eq 1 ] || fail "not one line: $(cat err)"
+    expect_line out '; 1 problem'
     expect_status 0 open vault target
     [ "$(cat target/kept)" = kept ] || fail "the other file is not there"
     expect_absent target/folder/pipe
@@ -437,6 +439,51 @@ check_unreadable_entries() {
     expect_status 1 verify vault
     expect_line err 'orvseal: kept: its sealed file 00000001.sealed: Permission denied'
     ! grep -q damaged err || fail "it is called damaged: $(cat err)"
+}
+
+check_arguments_with_a_colon() { # which Qt looks for among its own resources
+    mkdir :source
+    echo text >:source/:file
+    printf secret >:password
+    expect_status 0 seal --password-file :password --log-dir :log :source :vault
+    expect_line :log/log_orvseal.log 'sealed 1 file'
+    expect_status 0 open --password-file :password :vault :target
+    expect_same_trees :source :target
+}
+
+check_output_that_cannot_be_written() {
+    small_vault
+    local status row
+    for row in '<&- >&-' '>/dev/full' '>&4'; do
+        if [ "$row" = '>/dev/full' ] && [ ! -w /dev/full ]; then continue; fi
+        rm -f pipe
+        mkfifo pipe
+        exec 3<>pipe
+        exec 4>pipe 3<&- # nobody reads from 4
+        status=0
+        eval '"$program" list --log-dir log vault 2>err' "$row" || status=$?
+        exec 4>&-
+        [ "$status" -eq 2 ] || fail "exit status $status, not 2, with $row"
+        [ "$(cat err)" = 'orvseal: standard output cannot be written' ] || fail "with $row: $(cat err)"
+        ! grep -q 'folder/two' log/log_orvseal.log || fail "the output is in the log"
+    done
+    # A closed stream's number must not go to a file, and what is printed into that file.
+    if "$program" seal source other <&- >&- 2>&-; then fail "no status of what could not be printed"; fi
+    expect_status 0 verify other
+}
+
+check_few_threads() {
+    mkdir source
+    for name in a b c d e f; do echo "$name" >"source/$name"; done
+    # Room for the stack of one thread beside the program
+    (ulimit -s 1000000 -v 1800000 && "$program" --help) >/dev/null 2>&1 ||
+        { echo "    skipped: the program does not run in little memory"; return 0; }
+    (
+        ulimit -s 1000000 -v 1800000
+        expect_status 0 seal --jobs 8 source vault
+        expect_status 0 open --jobs 8 vault target
+    )
+    expect_same_trees source target
 }
 
 check_usage() {
@@ -478,9 +525,25 @@ check_interrupt() {
     large_file source/large 4096
     interrupt INT 130 vault/data/00000001.sealed seal source vault
     expect_absent vault
+    interrupt HUP 129 vault/data/00000001.sealed seal source vault
+    expect_absent vault
     mkdir vault
     interrupt TERM 143 vault/data/00000001.sealed seal source vault
     [ -z "$(ls -A vault)" ] || fail "in the vault are: $(ls -A vault)"
+}
+
+check_hangup_that_the_caller_ignores() { # as nohup does
+    mkdir source
+    echo text >source/file
+    mkfifo password
+    (trap '' HUP; exec "$program" seal --password-file password source vault >out 2>err </dev/null) &
+    local process=$!
+    exec 3>password # waits for the program to come and read it
+    kill -HUP "$process"
+    printf secret >&3
+    exec 3>&-
+    wait "$process" || fail "exit status $? ($(cat err))"
+    expect_line out 'sealed 1 file'
 }
 
 check_interrupted_opening() {
@@ -507,6 +570,9 @@ check_log() {
     ! grep -rq 'correct horse' log || fail "the password is in the log"
     : >occupied
     expect_refusal verify --log-dir occupied/folder vault
+    mkdir -p no-log/log_orvseal.log
+    expect_refusal verify --log-dir no-log vault
+    expect_line err 'no-log/log_orvseal.log cannot be written'
 }
 
 run_checks
