@@ -183,8 +183,6 @@ void sealFile(const QString& sourcePath, const QString& vault, const Cipher& cip
         reported = source->count();
     });
     sealed.close();
-    if (source->error() != QFile::NoError)
-        throw Base(source->errorString());
     requireUnchanged(source->count() == before.size && stateOf(*source).isSameContent(before));
     sealed.keep();
 

@@ -8,6 +8,7 @@ program=$(realpath "$1")
 work=$(mktemp -d)
 trap 'chmod -R u+rwx "$work"; rm -rf "$work"' EXIT
 export ORVSEAL_PASSWORD='correct horse'
+export LC_ALL=C # the system's reasons, and decimal points, are compared
 
 fail() {
     echo "    $*"

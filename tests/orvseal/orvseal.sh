@@ -77,11 +77,15 @@ check_content_is_sealed() {
 check_any_locale() {
     mkdir source
     echo text >source/größe
-    LC_ALL=C expect_status 0 seal source väult
-    LC_ALL=C expect_status 0 open väult tärget
-    expect_same_trees source tärget
-    LC_ALL=C expect_status 0 list väult
-    expect_line out größe
+    local locale
+    for locale in C C.UTF-8; do
+        LC_ALL=$locale expect_status 0 seal source väult
+        LC_ALL=$locale expect_status 0 open väult tärget
+        expect_same_trees source tärget
+        LC_ALL=$locale expect_status 0 list väult
+        expect_line out größe
+        rm -r väult tärget
+    done
 }
 
 check_modification_times_in_any_zone() {
