@@ -170,10 +170,10 @@ check_files_that_are_exchanged_before_their_turn() {
 
 # --- A sudden end
 
-# Starts the program and kills it at a random moment of the time that it would take.
+# Starts the program and kills it at a random moment of the time that it would take, and a little longer.
 kill_while() { # SECONDS COMMAND...
     local process moment part=$RANDOM # not in a subshell, which has numbers of its own
-    moment=$(awk -v "whole=$1" -v "part=$part" 'BEGIN { print whole * part / 32767 }')
+    moment=$(awk -v "whole=$1" -v "part=$part" 'BEGIN { print 1.1 * whole * part / 32767 }')
     shift
     "$program" "$@" >out 2>err </dev/null &
     process=$!

@@ -313,13 +313,16 @@ check_hostile_manifest() {
         expect_absent target
     done
 
-    # A size that fits the sealed file, but not what is in it
-    sed 's|"size":4|"size":15|' good >lines
-    seal_lines lines
-    expect_status 1 open vault target
-    expect_line err 'orvseal: one: damaged'
-    expect_absent target/one
-    rm -r target
+    # A size that fits the sealed file, but not what is in it; and one for which there is no room
+    local size
+    for size in 15 5000000000000000; do
+        sed "s|\"size\":4|\"size\":$size|" good >lines
+        seal_lines lines
+        expect_status 1 open vault target
+        expect_line err 'orvseal: one: damaged'
+        expect_absent target/one
+        rm -r target
+    done
 
     # Through a link to somewhere else
     mkdir outside
@@ -577,6 +580,22 @@ check_log() {
     mkdir -p no-log/log_orvseal.log
     expect_refusal verify --log-dir no-log vault
     expect_line err 'no-log/log_orvseal.log cannot be written'
+}
+
+check_no_log_without_a_folder() {
+    small_vault
+    mkfifo password
+    mkdir elsewhere
+    (cd elsewhere && exec "$program" list --password-file ../password ../vault >../out 2>../err </dev/null) &
+    local process=$!
+    exec 3>password # waits for the program to come and read it
+    if [ -d "/proc/$process/fd" ]; then
+        ! find "/proc/$process/fd" -lname '*.log' -exec readlink {} + | grep . || fail "a log is open"
+    fi
+    printf %s "$ORVSEAL_PASSWORD" >&3
+    exec 3>&-
+    wait "$process" || fail "exit status $? ($(cat err))"
+    [ -z "$(ls -A elsewhere)" ] || fail "there is something new: $(ls -A elsewhere)"
 }
 
 run_checks
