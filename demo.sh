@@ -4,8 +4,9 @@
 # usage: ./demo.sh [FOLDER]    default: the project's own folder
 set -euo pipefail
 
-folder=$(cd "${1:-$(dirname "$0")}" && pwd -P)
-cd "$(dirname "$0")"
+unset CDPATH # "cd" would look elsewhere, and say so on standard output
+folder=$(cd -- "${1:-$(dirname -- "$0")}" && pwd -P)
+cd -- "$(dirname -- "$0")"
 
 tools/bootstrap.sh
 cmake --preset release >/dev/null
@@ -24,7 +25,7 @@ step() { # COMMAND FOLDERS...
     local status=0
     "$orvseal" "$1" --password-file "$work/password" --log-dir "$work/log" "${@:2}" >"$work/$1.out" || status=$?
     if [ "$status" -ne 0 ]; then
-        echo "The demo failed: \"orvseal $1\" ended with status $status; the lines above name what could not be done." >&2
+        echo "The demo failed: \"orvseal $1\" ended with status $status; the lines above say why." >&2
         exit 1
     fi
 }

@@ -1,6 +1,9 @@
 #include "Files.h"
 
+#include "Console.h"
 #include "Work.h"
+
+#include <Orv/Utility/Preallocate.h>
 
 #include <QDir>
 #include <QFileInfo>
@@ -9,6 +12,7 @@
 #include <chrono>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using Orv::Exception::Base;
 
@@ -44,6 +48,20 @@ template <class Status> auto modificationTime(const Status& status, long) -> dec
     return status.st_mtimespec;
 }
 
+FileState toState(const struct stat& status)
+{
+    // Not from Qt, which takes it through local time: where a zone once put its clocks back for good, an hour is lost.
+    const timespec modified = modificationTime(status, 0);
+    const mode_t nineBits = S_IRWXU | S_IRWXG | S_IRWXO;
+    FileState state;
+    // The sticky bit of a folder keeps its users from removing each other's files. The bits that lend a program the
+    // rights of its owner are left out: what is opened may belong to somebody else, who lent nothing.
+    state.permissions = int(status.st_mode & (S_ISDIR(status.st_mode) ? nineBits | S_ISVTX : nineBits));
+    state.size = status.st_size;
+    state.modified = qint64(modified.tv_sec) * 1000 + modified.tv_nsec / 1000000;
+    return state;
+}
+
 } // namespace
 
 fs::path nativePath(const QString& path)
@@ -77,14 +95,30 @@ FileState stateOf(const QString& path)
     struct stat status = {};
     if (::lstat(nativePath(path).c_str(), &status) != 0)
         throw Base(qt_error_string(errno));
-    // Not from Qt, which takes it through local time: where a zone once put its clocks back for good, an hour is lost.
-    const timespec modified = modificationTime(status, 0);
-    FileState state;
-    state.type = status.st_mode & S_IFMT;
-    state.permissions = int(status.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO));
-    state.size = status.st_size;
-    state.modified = qint64(modified.tv_sec) * 1000 + modified.tv_nsec / 1000000;
-    return state;
+    return toState(status);
+}
+
+FileState stateOf(const QFile& file)
+{
+    struct stat status = {};
+    if (::fstat(file.handle(), &status) != 0)
+        throw Base(qt_error_string(errno));
+    return toState(status);
+}
+
+FileState openToRead(QFile& file, const QString& prefix)
+{
+    const int descriptor = ::open(nativePath(file.fileName()).c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    const QString notRegular = prefix + QStringLiteral("not a regular file");
+    if (descriptor < 0)
+        throw Base(errno == ELOOP ? notRegular : prefix + qt_error_string(errno)); // ELOOP: a link
+    struct stat status = {};
+    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode) ||
+        !file.open(descriptor, QIODevice::ReadOnly | QIODevice::Unbuffered, QFile::AutoCloseHandle)) {
+        ::close(descriptor);
+        throw Base(notRegular);
+    }
+    return toState(status);
 }
 
 void setPermissions(const QString& path, int permissions)
@@ -131,6 +165,12 @@ NewFile::~NewFile()
 {
     if (!m_kept)
         m_file.remove();
+}
+
+void NewFile::reserve(qint64 size)
+{
+    if (!Orv::Utility::preallocateFile(m_file.handle(), quint64(size)))
+        throw CannotGoOn(QStringLiteral("%1 cannot be written: no room for %2").arg(m_file.fileName(), sizeText(size)));
 }
 
 void NewFile::write(const char* data, qint64 size)

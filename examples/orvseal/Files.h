@@ -6,7 +6,6 @@
 #include <QString>
 
 #include <filesystem>
-#include <sys/types.h>
 
 /// Files and folders, as both sealing and opening need them.
 namespace orvseal {
@@ -24,8 +23,7 @@ void makeFolder(const QString& path);
 
 /// What the system says of an entry. A link is not followed.
 struct FileState {
-    mode_t type = 0;     ///< S_IFREG and so on
-    int permissions = 0; ///< the nine bits of read, write and execute
+    int permissions = 0; ///< the nine bits of read, write and execute; of a folder also the sticky bit
     qint64 size = 0;     ///< bytes
     qint64 modified = 0; ///< ms since 1970, UTC
 
@@ -34,6 +32,12 @@ struct FileState {
 
 /// Throws if it cannot be found out.
 FileState stateOf(const QString& path);
+/// The same of an open file, whatever has its name by now.
+FileState stateOf(const QFile& file);
+
+/// Opens a file for reading, without a buffer, and says what it is like then. Throws if it cannot, with the reason
+/// behind `prefix`. What is no regular file is refused: a link is not followed, and a pipe not waited for.
+FileState openToRead(QFile& file, const QString& prefix);
 
 /// Throws if it cannot.
 void setPermissions(const QString& path, int permissions);
@@ -67,6 +71,8 @@ public:
     NewFile(const NewFile&) = delete;
     NewFile& operator=(const NewFile&) = delete;
 
+    /// Makes sure of the room for `size` bytes before any is written, where the file system can.
+    void reserve(qint64 size);
     void write(const char* data, qint64 size);
     /// Nothing more will be written: only now is it sure that all was.
     void close();

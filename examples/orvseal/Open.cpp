@@ -5,12 +5,12 @@
 #include "Work.h"
 
 #include <QDateTime>
-#include <QFileInfo>
 #include <QSet>
 #include <QTemporaryDir>
 
 #include <algorithm>
 #include <mutex>
+#include <sys/stat.h>
 
 using Orv::Exception::Base;
 using Orv::Exception::InvalidData;
@@ -48,26 +48,29 @@ OpenedVault unlock(const QString& path, const Options& options)
     return vault;
 }
 
+QSharedPointer<QFile> openSealed(const OpenedVault& vault, const Entry& entry)
+{
+    const auto sealed = QSharedPointer<QFile>::create(sealedPath(vault.path, entry));
+    const FileState state = openToRead(*sealed, QStringLiteral("its sealed file %1: ").arg(entry.sealedName));
+    if (state.size != vault.cipher.sealedSize(entry.size))
+        throw InvalidData(QStringLiteral("damaged: its sealed file %1 has a wrong size").arg(entry.sealedName));
+    return sealed;
+}
+
 /// Hands the plain text of a file to `sink`. Throws if that turns out not to be what was sealed, which is known for
 /// sure only at the end.
-void unseal(const OpenedVault& vault, const Entry& entry, Report& report, const Cipher::Sink& sink)
+void unseal(const OpenedVault& vault, const Entry& entry, const QSharedPointer<QFile>& sealed, Report& report,
+    const Cipher::Sink& sink)
 {
-    const QFileInfo info(sealedPath(vault.path, entry));
-    if (!info.isFile()) // a pipe would never end
-        throw InvalidData(QStringLiteral("damaged: its sealed file %1 is missing").arg(entry.sealedName));
-    if (info.size() != vault.cipher.sealedSize(entry.size))
-        throw InvalidData(QStringLiteral("damaged: its sealed file %1 has a wrong size").arg(entry.sealedName));
-    const auto sealed = QSharedPointer<QFile>::create(info.filePath());
-    if (!sealed->open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        throw Base(QStringLiteral("its sealed file %1: %2").arg(entry.sealedName, sealed->errorString()));
-
+    qint64 count = 0;
     TreeHash hash;
     vault.cipher.run(Cipher::Decrypt, entry.iv, sealed, [&](const char* data, qint64 size) {
         hash.addData(data, size);
+        count += size;
         report.advance(size);
         sink(data, size);
     });
-    if (hash.finish() != entry.treeHash)
+    if (count != entry.size || hash.finish() != entry.treeHash)
         throw InvalidData(QStringLiteral("damaged: its sealed file %1 is not what was written").arg(entry.sealedName));
 }
 
@@ -120,9 +123,11 @@ public:
     /// A file appears under its name once it is complete.
     void putFile(const Entry& entry)
     {
+        const QSharedPointer<QFile> sealed = openSealed(m_vault, entry);
         const QString partPath = m_parts.filePath(entry.sealedName);
         NewFile part(partPath);
-        unseal(m_vault, entry, m_report, [&part](const char* data, qint64 size) { part.write(data, size); });
+        part.reserve(entry.size);
+        unseal(m_vault, entry, sealed, m_report, [&part](const char* data, qint64 size) { part.write(data, size); });
         part.close();
         setModified(partPath, entry.modified);
         setPermissions(partPath, entry.permissions);
@@ -181,6 +186,8 @@ QString permissionText(const Entry& entry)
     QString text(1, QLatin1Char(Types[entry.type]));
     for (int bit = 8; bit >= 0; --bit)
         text += QLatin1Char(entry.permissions >> bit & 1 ? "xwr"[bit % 3] : '-');
+    if (entry.permissions & S_ISVTX)
+        text[9] = entry.permissions & 1 ? 't' : 'T';
     return text;
 }
 
@@ -203,8 +210,9 @@ void verifyVault(const QString& vaultPath, const Options& options, Report& repor
 {
     const OpenedVault vault = unlock(vaultPath, options);
     report.begin(QStringLiteral("verifying"), qint64(vault.files.size()), vault.bytes);
-    unsealAll(
-        vault, options, report, [&](const Entry& entry) { unseal(vault, entry, report, [](const char*, qint64) {}); });
+    unsealAll(vault, options, report, [&](const Entry& entry) {
+        unseal(vault, entry, openSealed(vault, entry), report, [](const char*, qint64) {});
+    });
     reportSurplus(vault, report);
     report.finish(QStringLiteral("verified"));
 }
@@ -213,6 +221,7 @@ void listVault(const QString& vaultPath, const Options& options)
 {
     const OpenedVault vault = unlock(vaultPath, options);
     for (const Entry& entry : vault.entries) {
+        stopIfInterrupted();
         const QString size = entry.type == Entry::File ? sizeText(entry.size) : QString();
         const QDateTime modified = QDateTime::fromMSecsSinceEpoch(entry.modified, Qt::UTC);
         const QString target = entry.type == Entry::Link ? QStringLiteral(" -> ") + printable(entry.target) : QString();

@@ -113,7 +113,7 @@ void Report::finish(const QString& done)
         QStringLiteral("%1 %2, %3, %4, %5/s")
             .arg(done, filesText(m_files), sizeText(m_bytes), durationText(milliseconds), sizeText(bytesPerSecond));
     if (m_problems > 0)
-        line += QStringLiteral("; %1 entries could not be done").arg(m_problems);
+        line += m_problems == 1 ? QStringLiteral("; 1 problem") : QStringLiteral("; %1 problems").arg(m_problems);
     print(line);
     Orv::OrvDebug("orvseal").info() << line;
 }

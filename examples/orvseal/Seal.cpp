@@ -5,15 +5,15 @@
 #include "Work.h"
 
 #include <Orv/Core/Encryption/Key.h>
-
-#include <QFileInfo>
+#include <Orv/Core/FS/FileInfo.h>
+#include <Orv/Utility/FileTypeCheck.h>
 
 #include <algorithm>
-#include <map>
-#include <sys/stat.h>
 
 using Orv::Core::Encryption::Key;
+using Orv::Core::FS::FileInfo;
 using Orv::Exception::Base;
+using Orv::Utility::validateFileType;
 
 namespace fs = std::filesystem;
 
@@ -26,28 +26,22 @@ QString sealedName(std::size_t number)
     return QStringLiteral("%1.sealed").arg(number, 8, 10, QLatin1Char('0'));
 }
 
-QString nameOf(mode_t type)
-{
-    static const std::map<mode_t, QString> names = {
-        {S_IFSOCK, QStringLiteral("a socket")},
-        {S_IFIFO, QStringLiteral("a pipe")},
-        {S_IFBLK, QStringLiteral("a block device")},
-        {S_IFCHR, QStringLiteral("a character device")},
-    };
-    const auto name = names.find(type);
-    return name == names.end() ? QStringLiteral("neither file nor folder nor link") : name->second;
-}
-
 void throwIf(const std::error_code& error)
 {
     if (error)
         throw Base(QString::fromStdString(error.message()));
 }
 
+/// Behind a slash, because Qt drops a byte-order mark from the beginning of a text.
+QString decoded(const std::string& name)
+{
+    return QString::fromStdString('/' + name).mid(1);
+}
+
 /// The manifest holds text: a name that is none would not come back as it was.
 QString textOf(const std::string& name)
 {
-    const QString text = QString::fromStdString(name);
+    const QString text = decoded(name);
     if (text.toStdString() != name)
         throw Base(QStringLiteral("skipped: its name or target is not valid UTF-8"));
     return text;
@@ -88,7 +82,7 @@ private:
         fs::directory_iterator item(nativePath(m_source + '/' + prefix), error);
         for (; !error && item != fs::directory_iterator(); item.increment(error)) {
             const fs::path place = item->path();
-            m_report.attempt(prefix + QString::fromStdString(place.filename()), [&] { add(prefix, place); });
+            m_report.attempt(prefix + decoded(place.filename()), [&] { add(prefix, place); });
         }
         throwIf(error);
     }
@@ -97,25 +91,23 @@ private:
     {
         Entry entry;
         entry.path = prefix + textOf(place.filename());
-        const FileState state = stateOf(m_source + '/' + entry.path);
-        entry.permissions = state.permissions;
-        entry.modified = state.modified;
-        switch (state.type) {
-        case S_IFREG:
-            entry.type = Entry::File;
-            entry.size = state.size;
-            break;
-        case S_IFDIR:
-            entry.type = Entry::Folder;
-            m_folders.push_back(entry.path);
-            break;
-        case S_IFLNK:
+        const QString path = m_source + '/' + entry.path;
+        const FileInfo info(path);
+        if (info.isSymLink()) {
             entry.type = Entry::Link;
             entry.target = targetOf(place);
-            break;
-        default:
-            throw Base(QStringLiteral("skipped: ") + nameOf(state.type));
+        } else if (QString reason; validateFileType(path, reason) != Orv::Utility::Suitable) {
+            throw Base(QStringLiteral("skipped: ") + reason);
+        } else if (info.isDir()) {
+            entry.type = Entry::Folder;
+            m_folders.push_back(entry.path);
+        } else {
+            entry.type = Entry::File;
+            entry.size = info.size();
         }
+        const FileState state = stateOf(path);
+        entry.permissions = state.permissions;
+        entry.modified = state.modified;
         m_entries.push_back(entry);
     }
 
@@ -174,12 +166,8 @@ private:
 /// Seals one file and completes its entry.
 void sealFile(const QString& sourcePath, const QString& vault, const Cipher& cipher, Entry& entry, Report& report)
 {
-    const FileState before = stateOf(sourcePath); // what the scan saw may be long ago
-    if (before.type != S_IFREG)
-        throw Base(QStringLiteral("no longer a file"));
     const auto source = QSharedPointer<HashingFile>::create(sourcePath);
-    if (!source->open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        throw Base(source->errorString());
+    const FileState before = openToRead(*source, QString()); // what the scan saw may be long ago
     const auto requireUnchanged = [](bool unchanged) {
         if (!unchanged)
             throw Base(QStringLiteral("changed while it was read"));
@@ -195,7 +183,7 @@ void sealFile(const QString& sourcePath, const QString& vault, const Cipher& cip
         reported = source->count();
     });
     sealed.close();
-    requireUnchanged(source->count() == before.size && stateOf(sourcePath).isSameContent(before));
+    requireUnchanged(source->count() == before.size && stateOf(*source).isSameContent(before));
     sealed.keep();
 
     entry.size = before.size;
@@ -227,7 +215,7 @@ bool isUnsealedFile(const Entry& entry)
 
 void sealFolder(const QString& source, const QString& vault, const Options& options, Report& report)
 {
-    if (!QFileInfo(source).isDir())
+    if (!FileInfo(source).isDir())
         throw Base(QStringLiteral("%1 is not a folder").arg(source));
     NewVault newVault(vault, source);
     const QByteArray password = obtainPassword(options.passwordFile, true);

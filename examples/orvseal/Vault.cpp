@@ -1,6 +1,7 @@
 #include "Vault.h"
 
 #include "Console.h"
+#include "Files.h"
 #include "Work.h"
 
 #include <Orv/Core/Encryption/Key.h>
@@ -8,7 +9,6 @@
 #include <QBuffer>
 #include <QCryptographicHash>
 #include <QFile>
-#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSaveFile>
@@ -34,6 +34,7 @@ constexpr int ShortestSalt = 8;                   // bytes
 constexpr int LongestSalt = 64;                   // bytes
 constexpr qint64 LargestHead = 64 * 1024;         // bytes
 constexpr qint64 LargestManifest = 1000000000;    // bytes; it is held in memory
+constexpr qint64 RoomForRest = 4096;              // bytes of it; for the first line and the padding
 constexpr qint64 LargestNumber = qint64(1) << 53; // JSON's numbers are exact up to here
 
 // The names in the JSON of both files
@@ -105,11 +106,7 @@ private:
 QByteArray readSmallFile(const QString& path, qint64 largest)
 {
     QFile file(path);
-    if (QFileInfo::exists(path) && !QFileInfo(path).isFile())
-        throw InvalidData(QStringLiteral("%1 is not a file").arg(path)); // a pipe would never end
-    if (!file.open(QIODevice::ReadOnly))
-        throw InvalidData(QStringLiteral("%1: %2").arg(path, file.errorString()));
-    if (file.size() > largest)
+    if (openToRead(file, path + QStringLiteral(": ")).size > largest)
         throw InvalidData(QStringLiteral("%1 is damaged: it is too large").arg(path));
     const QByteArray content = file.readAll();
     if (file.error() != QFile::NoError)
@@ -120,7 +117,9 @@ QByteArray readSmallFile(const QString& path, qint64 largest)
 void writeSmallFile(const QString& path, const QByteArray& content)
 {
     QSaveFile file(path);
-    const bool done = file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit();
+    // Flushed first, because commit() does not say when that fails, and would put half a file in place.
+    const bool done =
+        file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush() && file.commit();
     if (!done)
         throw CannotGoOn(QStringLiteral("%1 cannot be written: %2").arg(path, file.errorString()));
 }
@@ -141,7 +140,9 @@ QByteArray toLine(const Entry& entry)
         object[Name::TreeHash] = QString::fromLatin1(entry.treeHash.toHex());
         object[Name::SealedName] = entry.sealedName;
     }
-    return QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
+    QByteArray line = QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
+    line.replace("\xEF\xBB\xBF", "\\ufeff"); // a byte-order mark, which is lost in reading where a text begins with it
+    return line;
 }
 
 Entry fromLine(const QByteArray& line, int ivLength)
@@ -153,7 +154,7 @@ Entry fromLine(const QByteArray& line, int ivLength)
     Entry entry;
     entry.type = static_cast<Entry::Type>(typeName - TypeNames.begin());
     entry.path = object.text(Name::Path);
-    entry.permissions = int(object.number(Name::Permissions, 0, 0777));
+    entry.permissions = int(object.number(Name::Permissions, 0, entry.type == Entry::Folder ? 01777 : 0777));
     entry.modified = object.number(Name::Modified, -LargestNumber, LargestNumber);
     if (entry.type == Entry::Link)
         entry.target = object.text(Name::Target);
@@ -296,8 +297,11 @@ Cipher makeCipher(const VaultHead& head, const QByteArray& password)
 void writeManifest(const QString& vault, const VaultHead& head, const Cipher& cipher, const std::vector<Entry>& entries)
 {
     QByteArray lines;
-    for (const Entry& entry : entries)
+    for (const Entry& entry : entries) {
         lines += toLine(entry);
+        if (lines.size() > LargestManifest - RoomForRest)
+            throw CannotGoOn(QStringLiteral("there are too many entries for one vault: it could not be read again"));
+    }
     writeSmallFile(
         manifestPath(vault), runInMemory(cipher, Cipher::Encrypt, head.manifestIv, firstLineFor(lines) + lines));
 }

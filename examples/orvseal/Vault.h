@@ -32,7 +32,7 @@ struct Entry {
 
     Type type = File;
     QString path;
-    int permissions = 0; ///< the nine bits of read, write and execute; those of a link have no effect
+    int permissions = 0; ///< as in `FileState`; those of a link have no effect
     qint64 modified = 0; ///< ms since 1970, UTC
     QString target;      ///< of a link, as it is stored in it
 

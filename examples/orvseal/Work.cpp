@@ -6,6 +6,7 @@
 #include <chrono>
 #include <csignal>
 #include <future>
+#include <system_error>
 #include <vector>
 
 namespace orvseal {
@@ -30,8 +31,14 @@ void catchInterrupts()
     action.sa_handler = rememberSignal;
     // Without SA_RESTART, so that the password prompt ends at once.
     sigemptyset(&action.sa_mask);
-    for (const int signal : {SIGINT, SIGTERM})
-        sigaction(signal, &action, nullptr);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction before = {};
+        sigaction(signal, &action, &before);
+        if (signal == SIGHUP && before.sa_handler == SIG_IGN)
+            sigaction(signal, &before, nullptr);
+    }
+    for (const int signal : {SIGPIPE, SIGXFSZ})
+        std::signal(signal, SIG_IGN);
 }
 
 int interruptSignal()
@@ -61,8 +68,13 @@ void forEachIndex(
     };
 
     std::vector<std::future<void>> workers;
-    for (int job = 0; job < jobs; ++job)
-        workers.push_back(std::async(std::launch::async, work));
+    try {
+        for (int job = 0; job < jobs; ++job)
+            workers.push_back(std::async(std::launch::async, work));
+    } catch (const std::system_error&) {
+        if (workers.empty())
+            throw;
+    }
     for (std::future<void>& worker : workers) {
         while (worker.wait_for(IdleInterval) != std::future_status::ready)
             idle();

@@ -14,7 +14,8 @@ public:
     using Base::Base;
 };
 
-/// Makes SIGINT and SIGTERM set a flag instead of ending the process.
+/// Makes SIGINT, SIGTERM and SIGHUP set a flag instead of ending the process; but not a SIGHUP that the caller ignores,
+/// as nohup does. A closed pipe and a file at its limit become errors of the write.
 void catchInterrupts();
 /// The signal that came; 0 if none did.
 int interruptSignal();
@@ -22,7 +23,8 @@ int interruptSignal();
 void stopIfInterrupted();
 
 /// Calls `task` with 0 to `count` - 1, on `jobs` threads at a time, and `idle` on the calling thread meanwhile, several
-/// times a second. The first exception out of a task ends the work and comes out of here.
+/// times a second. Where fewer threads can be had, those have to do; throws if there is none. The first exception out
+/// of a task ends the work and comes out of here.
 void forEachIndex(
     std::size_t count, int jobs, const std::function<void(std::size_t)>& task, const std::function<void()>& idle);
 

@@ -15,6 +15,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
 
 using namespace orvseal;
 using Orv::Exception::Base;
@@ -33,14 +35,16 @@ constexpr char Description[] = R"(Seals a folder into an encrypted vault, and op
   orvseal verify VAULT          reads all that is in VAULT and names what is damaged
   orvseal list VAULT            lists what is in VAULT, times in UTC
 
-Files, folders and links are sealed with their permissions and modification times; links are not followed. Sockets,
-pipes, devices and names that are not valid UTF-8 are skipped, and each one is named.
+Files, folders and links are sealed with their permissions and modification times; links are not followed. The
+set-user-ID and set-group-ID bits are not kept. Sockets, pipes, devices, files whose data is only with a cloud service,
+and names that are not valid UTF-8 are skipped, and each one is named.
 
 The password is what --password-file holds, less a newline at its end; or else the environment variable
 ORVSEAL_PASSWORD; or else it is asked for on the terminal.
 
-Exit status: 0, all done; 1, some entries could not be done or were skipped, each one named; 2, nothing could be done;
-130 or 143, interrupted by SIGINT or SIGTERM: then no vault is left by "seal", and only complete files by "open".)";
+Exit status: 0, all done; 1, some entries could not be done or were skipped, each one named; 2, nothing could be done,
+or the disk is full, or standard output takes no more; 129, 130 or 143, interrupted by SIGHUP, SIGINT or SIGTERM. Where
+it is 2 or more, no half-made vault is left by "seal", and only complete files by "open".)";
 
 struct AlgorithmName {
     const char* name;
@@ -89,9 +93,12 @@ void startLog(const QString& folder)
     if (folder.isEmpty()) {
         log.setLogLevel(Orv::LogManager::Disabled);
     } else {
-        // The library would wait in silence for the folder to become usable.
+        // The library would wait in silence for the folder and the file to become usable.
         if (!QDir().mkpath(folder))
             throw Base(QStringLiteral("the log folder %1 cannot be made").arg(folder));
+        QFile file(folder + QStringLiteral("/log_orvseal.log"));
+        if (!file.open(QIODevice::WriteOnly | QIODevice::Append))
+            throw Base(QStringLiteral("the log %1 cannot be written: %2").arg(file.fileName(), file.errorString()));
         log.setAppPrefix(QStringLiteral("orvseal"));
         log.setLogPath(folder);
         log.setLogLevel(Orv::LogManager::InfoHigh);
@@ -100,12 +107,19 @@ void startLog(const QString& folder)
     log.init();
 }
 
-/// The arguments after the command.
+/// A path from outside. Qt would look for one that begins with a colon among its own resources.
+QString pathOf(const QString& argument)
+{
+    return argument.startsWith(':') ? QStringLiteral("./") + argument : argument;
+}
+
+/// The arguments after the command: paths.
 QStringList argumentsOf(const QCommandLineParser& parser, int count)
 {
-    const QStringList arguments = parser.positionalArguments().mid(1);
+    QStringList arguments = parser.positionalArguments().mid(1);
     if (arguments.size() != count || arguments.contains(QString()))
         throw Base(QStringLiteral("wrong number of arguments; see orvseal --help"));
+    std::transform(arguments.begin(), arguments.end(), arguments.begin(), pathOf);
     return arguments;
 }
 
@@ -130,19 +144,21 @@ void run(const QCoreApplication& application, Report& report)
         QStringLiteral("folders"), QStringLiteral("As above."), QStringLiteral("folder [folder]"));
     if (!parser.parse(application.arguments()))
         throw Base(parser.errorText());
-    if (parser.isSet(help))
-        parser.showHelp();
+    if (parser.isSet(help)) {
+        print(parser.helpText());
+        return;
+    }
 
     const QString command = parser.positionalArguments().value(0);
     Options options;
     options.algorithm = algorithmOf(parser.value(algorithm));
     options.jobs = jobsOf(parser.value(jobs));
     if (parser.isSet(passwordFile))
-        options.passwordFile = parser.value(passwordFile);
+        options.passwordFile = pathOf(parser.value(passwordFile));
     if (parser.isSet(algorithm) && command != QLatin1String("seal"))
         throw Base(QStringLiteral("--algorithm is for \"seal\" alone: a vault knows its own"));
 
-    startLog(parser.value(logFolder));
+    startLog(pathOf(parser.value(logFolder)));
     Orv::OrvDebug("orvseal").info() << command << "begins," << Orv::Core::Version::string();
     if (command == QLatin1String("seal")) {
         const QStringList folders = argumentsOf(parser, 2);
@@ -159,10 +175,27 @@ void run(const QCoreApplication& application, Report& report)
     }
 }
 
+/// Gives a standard stream that the caller has closed something empty that cannot be written: its number would go to a
+/// file of ours, and what is printed into that file.
+void openStandardStreams()
+{
+    int descriptor = STDIN_FILENO;
+    while (descriptor >= STDIN_FILENO && descriptor <= STDERR_FILENO)
+        descriptor = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    ::close(descriptor);
+}
+
+void requireOutput()
+{
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+        throw Base(QStringLiteral("standard output cannot be written"));
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
 {
+    openStandardStreams();
     // File names are UTF-8, whatever the locale: without this the C locale would not let most of them through.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     const QCoreApplication application(argc, argv);
@@ -172,6 +205,7 @@ int main(int argc, char* argv[])
     QString failure;
     try {
         run(application, report);
+        requireOutput();
     } catch (const std::exception& exception) {
         failure = printable(QString::fromUtf8(exception.what()));
     }

@@ -1,72 +1,9 @@
 #!/usr/bin/env bash
 # Drives the sample client on real folders.
 # usage: orvseal.sh PROGRAM
-#
-# Each check is a function that runs in a subshell of its own, in an empty folder, and ends at its first failure.
-# shellcheck disable=SC2317 # the checks are found by their names
-set -euo pipefail
-
-program=$(realpath "$1")
-work=$(mktemp -d)
-trap 'chmod -R u+rwx "$work"; rm -rf "$work"' EXIT
-export ORVSEAL_PASSWORD='correct horse'
-
-fail() {
-    echo "    $*"
-    exit 1
-}
-
-# Runs the program and compares its exit status. What it prints goes to the files out and err.
-expect_status() {
-    local expected=$1 status=0
-    shift
-    "$program" "$@" >out 2>err </dev/null || status=$?
-    [ "$status" -eq "$expected" ] || fail "exit status $status, not $expected, of: $* ($(cat err))"
-}
-
-expect_line() { # FILE TEXT
-    grep -qF -- "$2" "$1" || fail "no \"$2\" in $1, which holds: $(cat "$1")"
-}
-
-# A command that could do nothing says why in one line, and nothing else.
-expect_refusal() {
-    expect_status 2 "$@"
-    [ "$(wc -l <err)" -eq 1 ] || fail "not one line of: $* ($(cat err))"
-    [ ! -s out ] || fail "there is output of: $* ($(cat out))"
-}
-
-expect_absent() {
-    if [ -e "$1" ] || [ -L "$1" ]; then fail "$1 exists"; fi
-}
-
-expect_same_trees() {
-    diff -r --no-dereference "$1" "$2" || fail "$1 and $2 differ"
-}
-
-# Permissions and modification times, in seconds, of all that is below $1
-attributes() {
-    local form=(-c '%a %Y %n')
-    stat "${form[@]}" . >/dev/null 2>&1 || form=(-f '%Lp %m %N') # as macOS has it
-    (cd "$1" && find . -mindepth 1 -exec stat "${form[@]}" {} +) | sort
-}
-
-small_vault() {
-    mkdir -p source/folder
-    echo one >source/one
-    echo two >source/folder/two
-    expect_status 0 seal source vault
-}
-
-large_file() { # FILE MEBIBYTES: a hole, which takes no space
-    dd if=/dev/zero of="$1" bs=1048576 count=0 seek="$2" 2>/dev/null
-}
-
-change_byte() { # FILE OFFSET
-    local byte
-    byte=$(od -An -tu1 -j "$2" -N 1 "$1")
-    # shellcheck disable=SC2059 # the format is the byte
-    printf "\\$(printf %03o $((byte ^ 1)))" | dd of="$1" bs=1 seek="$2" conv=notrunc 2>/dev/null
-}
+# shellcheck disable=SC2154,SC2317 # the program is set in the file below; the checks are found by their names
+# shellcheck source=/dev/null
+. "$(dirname "$0")/checks.sh"
 
 check_round_trip() {
     mkdir -p 'source/with spaces/deeper' source/empty "source/new
@@ -82,11 +19,14 @@ line/file"
     ln -s 'with spaces' source/link
     ln -s /nowhere/at/all source/dangling
     ln -s .. source/empty/parent
+    # A byte-order mark, which is taken for no text at the beginning of one
+    echo mark >"source/$(printf '\357\273\277')marked"
+    ln -s "$(printf '\357\273\277')marked" source/marked-link
     mkdir source/folder.with.a.name.that.ends.late && : >"source/$(printf '%0250d' 0)"
     expect_status 0 seal source vault
-    expect_line out 'sealed 8 files'
+    expect_line out 'sealed 9 files'
     expect_status 0 verify vault
-    expect_line out 'verified 8 files'
+    expect_line out 'verified 9 files'
     expect_status 0 open vault target
     expect_same_trees source target
     [ "$(readlink target/dangling)" = /nowhere/at/all ] || fail "a dangling link has another target"
@@ -137,11 +77,15 @@ check_content_is_sealed() {
 check_any_locale() {
     mkdir source
     echo text >source/größe
-    LC_ALL=C expect_status 0 seal source väult
-    LC_ALL=C expect_status 0 open väult tärget
-    expect_same_trees source tärget
-    LC_ALL=C expect_status 0 list väult
-    expect_line out größe
+    local locale
+    for locale in C C.UTF-8; do
+        LC_ALL=$locale expect_status 0 seal source väult
+        LC_ALL=$locale expect_status 0 open väult tärget
+        expect_same_trees source tärget
+        LC_ALL=$locale expect_status 0 list väult
+        expect_line out größe
+        rm -r väult tärget
+    done
 }
 
 check_modification_times_in_any_zone() {
@@ -164,7 +108,8 @@ check_modification_times_in_any_zone() {
 }
 
 check_permissions_and_times() {
-    mkdir -p source/closed/inner
+    mkdir -p source/closed/inner source/shared
+    chmod 1777 source/shared
     echo text >source/closed/inner/file
     chmod 400 source/closed/inner/file
     echo text >source/closed/run
@@ -184,6 +129,11 @@ check_list() {
     chmod 640 source/folder/file
     chmod 750 source/folder
     TZ=UTC0 touch -t 200102030405.06 source/folder/file source/folder
+    mkdir source/shared source/half-shared
+    chmod 1777 source/shared
+    chmod 1750 source/half-shared
+    echo text >source/lends-rights
+    chmod 6755 source/lends-rights
     ln -s 'some where' source/link
     TZ=UTC0 touch -h -t 200102030405.06 source/link
     printf x >"source/$(printf 'a\033[2Jb\nc')"
@@ -191,9 +141,12 @@ check_list() {
     TZ=America/New_York expect_status 0 list vault
     expect_line out '-rw-r-----     5.00 B 2001-02-03 04:05:06  folder/file'
     expect_line out 'drwxr-x---            2001-02-03 04:05:06  folder'
+    grep -q '^drwxrwxrwt .* shared$' out || fail "no sticky bit: $(cat out)"
+    grep -q '^drwxr-x--T .* half-shared$' out || fail "no sticky bit: $(cat out)"
+    grep -q '^-rwxr-xr-x .* lends-rights$' out || fail "not the nine bits: $(cat out)"
     expect_line out '2001-02-03 04:05:06  link -> some where'
     expect_line out 'a\x1b[2Jb\nc'
-    [ "$(wc -l <out)" -eq 4 ] || fail "not a line an entry: $(cat out)"
+    [ "$(wc -l <out)" -eq 7 ] || fail "not a line an entry: $(cat out)"
 }
 
 check_wrong_password() {
@@ -234,7 +187,7 @@ check_no_password() {
 check_damaged_file() {
     mkdir source
     local name
-    for name in a b c d e f; do head -c 300000 /dev/urandom >"source/$name"; done
+    for name in a b c d e f g; do head -c 300000 /dev/urandom >"source/$name"; done
     expect_status 0 seal source vault
     change_byte vault/data/00000001.sealed 1000   # a: in the middle
     change_byte vault/data/00000002.sealed 300000 # b: in the last block, with the padding
@@ -242,18 +195,22 @@ check_damaged_file() {
     rm vault/data/00000004.sealed                 # d: gone
     rm vault/data/00000005.sealed                 # e: something that would never end
     mkfifo vault/data/00000005.sealed
+    mv vault/data/00000006.sealed elsewhere       # f: a link leads out of the vault
+    ln -s "$PWD/elsewhere" vault/data/00000006.sealed
     echo surplus >vault/data/other
     expect_status 1 verify vault
     expect_line err 'orvseal: a: damaged'
     expect_line err 'orvseal: b: '
     expect_line err 'orvseal: c: damaged'
-    expect_line err 'orvseal: d: damaged: its sealed file 00000004.sealed is missing'
-    expect_line err 'orvseal: e: damaged: its sealed file 00000005.sealed is missing'
+    expect_line err 'orvseal: d: its sealed file 00000004.sealed: No such file'
+    expect_line err 'orvseal: e: its sealed file 00000005.sealed: not a regular file'
+    expect_line err 'orvseal: f: its sealed file 00000006.sealed: not a regular file'
     expect_line err 'orvseal: data/other: surplus'
-    [ "$(wc -l <err)" -eq 6 ] || fail "not six lines: $(cat err)"
+    expect_line out '; 7 problems'
+    [ "$(wc -l <err)" -eq 7 ] || fail "not seven lines: $(cat err)"
     expect_status 1 open vault target
-    [ "$(ls -A target)" = f ] || fail "in the target are: $(ls -A target)"
-    cmp source/f target/f || fail "the whole file differs"
+    [ "$(ls -A target)" = g ] || fail "in the target are: $(ls -A target)"
+    cmp source/g target/g || fail "the whole file differs"
 }
 
 check_exchanged_files() {
@@ -343,7 +300,8 @@ check_hostile_manifest() {
         's|"path":"one"|"path":"folder/two"|' 's|"path":"one"|"path":"folder/two/one"|' \
         's|"path":"one"|"path":"other/one"|' 's|"path":"one"|"path":"one\\u0000"|' 's|"path":"one"|"path":1|' \
         's|"sealed":"0|"sealed":"../0|' 's|"sealed":".*"|"sealed":""|' 's|00000002.sealed|00000001.sealed|' \
-        's|"permissions":[0-9]*|"permissions":4095|' 's|"size":4|"size":-4|' 's|"size":4|"size":1e99|' \
+        's|"permissions":[0-9]*|"permissions":4095|' '/"type":"file"/s|"permissions":[0-9]*|"permissions":1023|' \
+        's|"size":4|"size":-4|' 's|"size":4|"size":1e99|' \
         's|"size":4|"size":4.5|' 's|"modified":[0-9]*|"modified":null|' 's|"iv":"..|"iv":"|' \
         's|"treeHash":"..|"treeHash":"|' 's|"type":"file"|"type":"device"|' 's|{|[|' \
         '$s|$|{}|'; do
@@ -353,6 +311,17 @@ check_hostile_manifest() {
         expect_refusal open vault target
         ! grep -q 'wrong password' err || fail "it was not read: $change"
         expect_absent target
+    done
+
+    # A size that fits the sealed file, but not what is in it; and one for which there is no room
+    local size
+    for size in 15 5000000000000000; do
+        sed "s|\"size\":4|\"size\":$size|" good >lines
+        seal_lines lines
+        expect_status 1 open vault target
+        expect_line err 'orvseal: one: damaged'
+        expect_absent target/one
+        rm -r target
     done
 
     # Through a link to somewhere else
@@ -439,7 +408,9 @@ check_skipped_entries() {
     echo kept >source/kept
     mkfifo "source/folder/pipe"
     expect_status 1 seal source vault
-    expect_line err 'orvseal: folder/pipe: skipped: a pipe'
+    expect_line err "orvseal: folder/pipe: skipped: File is not intended for backup because it's a FIFO/pipe."
+    [ "$(wc -l <err)" -eq 1 ] || fail "not one line: $(cat err)"
+    grep -q '; 1 problem$' out || fail "no single problem: $(cat out)"
     expect_status 0 open vault target
     [ "$(cat target/kept)" = kept ] || fail "the other file is not there"
     expect_absent target/folder/pipe
@@ -471,6 +442,57 @@ check_unreadable_entries() {
     [ "$(wc -l <err)" -eq 2 ] || fail "not two lines: $(cat err)"
     expect_status 0 verify vault
     expect_line out 'verified 1 file'
+    chmod 000 vault/data/00000001.sealed
+    expect_status 1 verify vault
+    expect_line err 'orvseal: kept: its sealed file 00000001.sealed: Permission denied'
+    ! grep -q damaged err || fail "it is called damaged: $(cat err)"
+}
+
+check_arguments_with_a_colon() { # which Qt looks for among its own resources
+    mkdir :source
+    echo text >:source/:file
+    printf secret >:password
+    expect_status 0 seal --password-file :password --log-dir :log :source :vault
+    expect_line :log/log_orvseal.log 'sealed 1 file'
+    expect_status 0 open --password-file :password :vault :target
+    expect_same_trees :source :target
+}
+
+check_output_that_cannot_be_written() {
+    small_vault
+    local status row
+    for row in '<&- >&-' '>/dev/full' '>&4'; do
+        if [ "$row" = '>/dev/full' ] && [ ! -w /dev/full ]; then continue; fi
+        rm -f pipe
+        mkfifo pipe
+        exec 3<>pipe
+        exec 4>pipe 3<&- # nobody reads from 4
+        status=0
+        eval '"$program" list --log-dir log vault 2>err' "$row" || status=$?
+        exec 4>&-
+        [ "$status" -eq 2 ] || fail "exit status $status, not 2, with $row"
+        [ "$(cat err)" = 'orvseal: standard output cannot be written' ] || fail "with $row: $(cat err)"
+    done
+    # A closed stream's number must not go to a file, and what is printed into that file.
+    mkfifo source/skipped
+    if "$program" seal --log-dir log source other <&- >&- 2>&-; then fail "no status of what could not be printed"; fi
+    expect_line log/log_orvseal.log 'skipped: '
+    ! grep -q '^orvseal: ' log/log_orvseal.log || fail "what was printed is in the log: $(cat log/log_orvseal.log)"
+    expect_status 0 verify other
+}
+
+check_few_threads() {
+    mkdir source
+    for name in a b c d e f; do echo "$name" >"source/$name"; done
+    # Room for the stack of one thread beside the program
+    (ulimit -s 1000000 -v 1800000 && "$program" --help) >/dev/null 2>&1 ||
+        { echo "    skipped: the program does not run in little memory"; return 0; }
+    (
+        ulimit -s 1000000 -v 1800000
+        expect_status 0 seal --jobs 8 source vault
+        expect_status 0 open --jobs 8 vault target
+    )
+    expect_same_trees source target
 }
 
 check_usage() {
@@ -495,15 +517,6 @@ check_usage() {
     expect_line out 'Exit status'
 }
 
-wait_for() { # a condition that another process brings about, for a minute at most
-    local try
-    for ((try = 0; try < 600; ++try)); do
-        ! "$@" || return 0
-        sleep 0.1
-    done
-    fail "waited in vain for: $*"
-}
-
 interrupt() { # SIGNAL STATUS FILE COMMAND...: sends the signal once there is something in FILE, a pattern
     local signal=$1 expected=$2 file=$3 process status=0
     shift 3
@@ -521,9 +534,25 @@ check_interrupt() {
     large_file source/large 4096
     interrupt INT 130 vault/data/00000001.sealed seal source vault
     expect_absent vault
+    interrupt HUP 129 vault/data/00000001.sealed seal source vault
+    expect_absent vault
     mkdir vault
     interrupt TERM 143 vault/data/00000001.sealed seal source vault
     [ -z "$(ls -A vault)" ] || fail "in the vault are: $(ls -A vault)"
+}
+
+check_hangup_that_the_caller_ignores() { # as nohup does
+    mkdir source
+    echo text >source/file
+    mkfifo password
+    (trap '' HUP; exec "$program" seal --password-file password source vault >out 2>err </dev/null) &
+    local process=$!
+    exec 3>password # waits for the program to come and read it
+    kill -HUP "$process"
+    printf secret >&3
+    exec 3>&-
+    wait "$process" || fail "exit status $? ($(cat err))"
+    expect_line out 'sealed 1 file'
 }
 
 check_interrupted_opening() {
@@ -550,21 +579,25 @@ check_log() {
     ! grep -rq 'correct horse' log || fail "the password is in the log"
     : >occupied
     expect_refusal verify --log-dir occupied/folder vault
+    mkdir -p no-log/log_orvseal.log
+    expect_refusal verify --log-dir no-log vault
+    expect_line err 'no-log/log_orvseal.log cannot be written'
 }
 
-failed=0
-for check in $(compgen -A function check_); do
-    mkdir "$work/$check"
-    # Not as a condition: "set -e" would not hold in it.
-    set +e
-    (set -e; cd "$work/$check"; "$check")
-    status=$?
-    set -e
-    if [ "$status" -eq 0 ]; then
-        echo "passed: $check"
-    else
-        echo "FAILED: $check"
-        failed=1
+check_no_log_without_a_folder() {
+    small_vault
+    mkfifo password
+    mkdir elsewhere
+    (cd elsewhere && exec "$program" list --password-file ../password ../vault >../out 2>../err </dev/null) &
+    local process=$!
+    exec 3>password # waits for the program to come and read it
+    if [ -d "/proc/$process/fd" ]; then
+        ! find "/proc/$process/fd" -lname '*.log' -exec readlink {} + | grep . || fail "a log is open"
     fi
-done
-exit "$failed"
+    printf %s "$ORVSEAL_PASSWORD" >&3
+    exec 3>&-
+    wait "$process" || fail "exit status $? ($(cat err))"
+    [ -z "$(ls -A elsewhere)" ] || fail "there is something new: $(ls -A elsewhere)"
+}
+
+run_checks

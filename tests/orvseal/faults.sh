@@ -1,0 +1,237 @@
+#!/usr/bin/env bash
+# Lets the sample client run into full disks, failing and changing files, and a sudden end.
+# usage: faults.sh PROGRAM
+#
+# The moments of the sudden ends are random: ORVSEAL_TEST_SEED repeats those of an earlier run.
+# shellcheck disable=SC2154,SC2317 # the program is set in the file below; the checks are found by their names
+
+# As root, in a mount namespace of its own: what is mounted here is seen by nobody else, and ends with the script.
+if [ "$(id -u)" -eq 0 ] && [ -z "${ORVSEAL_TEST_MOUNTS-}" ] && unshare -m true 2>/dev/null; then
+    ORVSEAL_TEST_MOUNTS=private exec unshare -m bash "$0" "$@"
+fi
+
+# shellcheck source=/dev/null
+. "$(dirname "$0")/checks.sh"
+
+seed=${ORVSEAL_TEST_SEED:-$$}
+rounds=25
+
+expect_one_line() { # TEXT: what came on standard error
+    expect_line err "$1"
+    [ "$(wc -l <err)" -eq 1 ] || fail "not one line: $(cat err)"
+}
+
+random_file() { # FILE BYTES
+    head -c "$2" /dev/urandom >"$1"
+}
+
+# --- No space
+
+check_size_limit_while_sealing() {
+    mkdir source empty
+    random_file source/large 300000
+    (ulimit -f 100 && expect_status 2 seal source vault)
+    expect_one_line '00000001.sealed cannot be written'
+    expect_absent vault
+    (ulimit -f 100 && expect_status 2 seal source empty)
+    [ -z "$(ls -A empty)" ] || fail "something is left: $(ls -A empty)"
+}
+
+check_size_limit_at_the_manifest() {
+    mkdir source
+    local number
+    for number in 1 2 3 4 5 6 7 8; do echo "$number" >"source/$number"; done
+    (ulimit -f 1 && expect_status 2 seal source vault)
+    expect_one_line 'manifest cannot be written'
+    expect_absent vault
+}
+
+check_size_limit_while_opening() {
+    mkdir source
+    random_file source/a 1000
+    random_file source/b 300000
+    expect_status 0 seal source vault
+    (ulimit -f 100 && expect_status 2 open --jobs 1 vault target)
+    expect_one_line '00000002.sealed cannot be written'
+    [ "$(ls -A target)" = a ] || fail "in the target are: $(ls -A target)"
+    cmp source/a target/a || fail "the complete file differs"
+}
+
+check_full_disk() {
+    mkdir source disk
+    if [ -z "${ORVSEAL_TEST_MOUNTS-}" ] || ! mount -t tmpfs -o size=1024k tmpfs disk; then
+        echo "    skipped: only root may mount a small disk, where the system has private mounts"
+        return 0
+    fi
+    trap 'umount disk' EXIT
+    random_file source/a 1000
+    random_file source/b 3000000
+    expect_status 0 seal source vault
+    expect_status 2 seal source disk/vault
+    expect_one_line 'cannot be written: No space left on device'
+    [ -z "$(ls -A disk)" ] || fail "something is left: $(ls -A disk)"
+
+    expect_status 2 open --jobs 1 vault disk/target
+    expect_one_line 'cannot be written: no room for 3.00 MB' # before any of it is
+    [ "$(ls -A disk/target)" = a ] || fail "in the target are: $(ls -A disk/target)"
+    cmp source/a disk/target/a || fail "the complete file differs"
+    rm -r disk/target
+    dd if=/dev/zero of=disk/all bs=1024 count=1020 2>/dev/null || fail "the room that was reserved is not free again"
+}
+
+# --- Files that fail or change
+
+check_files_that_fail_while_they_are_read() {
+    # The system tells about itself in files that give more than their size, or less, or an error.
+    local own=/proc/${BASHPID-}
+    if [ ! -r "$own/mem" ] || [ ! -r /sys/class/net/lo/speed ]; then
+        echo "    skipped: this system has no files that fail"
+        return 0
+    fi
+    expect_status 1 seal /sys/class/net/lo vault
+    expect_line err 'orvseal: speed: Invalid argument'
+    expect_line err 'orvseal: mtu: it became shorter while it was read'
+    expect_status 0 verify vault
+    expect_status 1 seal "$own" other
+    expect_line err 'orvseal: mem: Input/output error'
+    expect_line err 'orvseal: status: changed while it was read'
+    expect_status 0 verify other
+}
+
+# Makes the folder source, whose file "a" takes a while, seals it with one job, halts in the middle of "a", changes what
+# the function CHANGE changes, and goes on.
+seal_with_change() { # CHANGE EXPECTED-STATUS
+    local size=$((24 * 1048576)) name process status=0
+    rm -rf source vault
+    mkdir source
+    large_file source/a 24
+    for name in b c d e f; do echo "$name" >"source/$name"; done
+    "$program" seal --jobs 1 --algorithm des3 source vault >out 2>err </dev/null &
+    process=$!
+    trap 'kill -KILL "$process" 2>/dev/null || :' EXIT # it would stay for ever if it were halted
+    wait_for test -s vault/data/00000001.sealed
+    kill -STOP "$process"
+    [ "$(wc -c <vault/data/00000001.sealed)" -lt "$size" ] || fail "it was too late to change anything"
+    "$1"
+    kill -CONT "$process"
+    wait "$process" || status=$?
+    trap - EXIT
+    [ "$status" -eq "$2" ] || fail "exit status $status, not $2 ($(cat err))"
+    cp err sealing.err
+    expect_status 0 verify vault
+    cp sealing.err err
+}
+
+shrink() { dd if=/dev/null of=source/a bs=1 seek=1000 2>/dev/null; }
+grow() { printf x >>source/a; }
+rewrite() { change_byte source/a 0; }
+unlink_it() { mv source/a moved; }
+
+check_file_that_changes_while_it_is_sealed() {
+    local change
+    for change in shrink grow rewrite; do
+        seal_with_change "$change" 1
+        grep -Eq '^orvseal: a: (changed|it became shorter) while it was read$' err || fail "$change: $(cat err)"
+        [ "$(wc -l <err)" -eq 1 ] || fail "$change: not one line: $(cat err)"
+        expect_status 0 list vault
+        [ "$(wc -l <out)" -eq 5 ] || fail "$change: not the five other files: $(cat out)"
+        expect_absent vault/data/00000001.sealed
+    done
+    # What is open has no need of its name.
+    seal_with_change unlink_it 0
+    expect_status 0 open vault target
+    cmp moved target/a || fail "the file that lost its name differs"
+}
+
+exchange() {
+    rm source/b source/c source/d source/e
+    ln -s f source/c
+    mkfifo source/d
+    mkdir source/e
+    chmod 000 source/f
+}
+
+check_files_that_are_exchanged_before_their_turn() {
+    local expected=1
+    seal_with_change exchange 1
+    expect_line err 'orvseal: b: No such file or directory'
+    expect_line err 'orvseal: c: not a regular file'
+    expect_line err 'orvseal: d: not a regular file'
+    expect_line err 'orvseal: e: not a regular file'
+    if [ "$(id -u)" -eq 0 ]; then
+        echo "    skipped, in part: root may read any file"
+        expected=2
+    else
+        expect_line err 'orvseal: f: Permission denied'
+    fi
+    expect_status 0 list vault
+    [ "$(wc -l <out)" -eq "$expected" ] || fail "not the files that stayed: $(cat out)"
+}
+
+# --- A sudden end
+
+# Starts the program and kills it at a random moment of the time that it would take, and a little longer.
+kill_while() { # SECONDS COMMAND...
+    local process moment part=$RANDOM # not in a subshell, which has numbers of its own
+    moment=$(awk -v "whole=$1" -v "part=$part" 'BEGIN { print 1.1 * whole * part / 32767 }')
+    shift
+    "$program" "$@" >out 2>err </dev/null &
+    process=$!
+    sleep "$moment"
+    kill -KILL "$process" 2>/dev/null || :
+    wait "$process" 2>/dev/null || :
+}
+
+duration_of() { # COMMAND...: in seconds
+    local TIMEFORMAT=%R
+    { time expect_status 0 "$@" >/dev/null; } 2>&1
+}
+
+several_files() {
+    mkdir -p source/folder
+    local number
+    for number in 1 2 3 4 5 6 7 8; do random_file "source/folder/$number" $((number * 150000)); done
+}
+
+check_killed_while_sealing() {
+    several_files
+    local round whole=0 seconds
+    seconds=$(duration_of seal --algorithm des3 source first)
+    RANDOM=$seed
+    for ((round = 1; round <= rounds; ++round)); do
+        kill_while "$seconds" seal --algorithm des3 source vault
+        if [ -e vault/manifest ]; then
+            expect_status 0 verify vault
+            whole=$((whole + 1))
+        else
+            expect_refusal verify vault
+            grep -Eq 'is not whole|No such file' err || fail "round $round: $(cat err)"
+        fi
+        expect_status 0 seal source again
+        expect_status 0 verify again
+        rm -rf vault again
+    done
+    echo "    seed $seed, $rounds rounds of up to $seconds s, $whole times whole"
+}
+
+check_killed_while_opening() {
+    several_files
+    expect_status 0 seal --algorithm des3 source vault
+    local round seconds name complete=0
+    seconds=$(duration_of open vault first)
+    RANDOM=$((seed + 1))
+    for ((round = 1; round <= rounds; ++round)); do
+        kill_while "$seconds" open vault target
+        for name in target/folder/*; do
+            [ -e "$name" ] || continue
+            cmp "$name" "source/folder/${name##*/}" || fail "round $round: $name is not complete"
+            complete=$((complete + 1))
+        done
+        expect_status 0 open vault again
+        expect_same_trees source again
+        rm -rf target again
+    done
+    echo "    seed $seed, $rounds rounds of up to $seconds s, $complete complete files"
+}
+
+run_checks
