@@ -1,15 +1,27 @@
 #!/usr/bin/env bash
 # Installs what building and testing need and what is missing. Says nothing when nothing is.
-# usage: tools/bootstrap.sh [benchmarks]    benchmarks: also what they need
+# usage: tools/bootstrap.sh [benchmarks] [lint]    also what the benchmarks, the static analysis need
 set -euo pipefail
 
 debian_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libcrypto++-dev libeasyloggingpp-dev
     libgtest-dev libgmock-dev libssl-dev zlib1g-dev openssl)
 brew_formulas=(cmake ninja ccache pkg-config qt@5 cryptopp googletest openssl@3)
-if [ "${1:-}" = benchmarks ]; then
-    debian_packages+=(libbenchmark-dev libqca-qt5-2-dev libqca-qt5-2-plugins libspdlog-dev gnuplot-nox python3)
-    brew_formulas+=(google-benchmark spdlog gnuplot python3)
-fi
+for purpose in "$@"; do
+    case $purpose in
+    benchmarks)
+        debian_packages+=(libbenchmark-dev libqca-qt5-2-dev libqca-qt5-2-plugins libspdlog-dev gnuplot-nox python3)
+        brew_formulas+=(google-benchmark spdlog gnuplot python3)
+        ;;
+    lint)
+        debian_packages+=(clang-format clang-tidy cppcheck shellcheck)
+        brew_formulas+=(clang-format llvm cppcheck shellcheck)
+        ;;
+    *)
+        echo "$0 knows nothing of \"$purpose\"" >&2
+        exit 2
+        ;;
+    esac
+done
 
 install_debian() {
     local missing=() package

@@ -123,7 +123,7 @@ QStringList argumentsOf(const QCommandLineParser& parser, int count)
     return arguments;
 }
 
-void run(const QCoreApplication& application, Report& report)
+void run(Report& report)
 {
     const QCommandLineOption algorithm(QStringLiteral("algorithm"),
         QStringLiteral("For \"seal\": the cipher, one of %1. Default: aes256.").arg(validAlgorithms()),
@@ -142,7 +142,7 @@ void run(const QCoreApplication& application, Report& report)
     parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("seal, open, verify or list."));
     parser.addPositionalArgument(
         QStringLiteral("folders"), QStringLiteral("As above."), QStringLiteral("folder [folder]"));
-    if (!parser.parse(application.arguments()))
+    if (!parser.parse(QCoreApplication::arguments()))
         throw Base(parser.errorText());
     if (parser.isSet(help)) {
         print(parser.helpText());
@@ -204,7 +204,7 @@ int main(int argc, char* argv[])
     Report report;
     QString failure;
     try {
-        run(application, report);
+        run(report);
         requireOutput();
     } catch (const std::exception& exception) {
         failure = printable(QString::fromUtf8(exception.what()));

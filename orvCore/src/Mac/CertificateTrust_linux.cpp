@@ -46,7 +46,7 @@ Certificates parse(const QList<QByteArray>& chain)
         Certificate certificate(d2i_X509(nullptr, &next, der.size()));
         if (!certificate || next != end || sk_X509_push(certificates.get(), certificate.get()) == 0)
             return nullptr;
-        certificate.release(); // now the stack's
+        static_cast<void>(certificate.release()); // now the stack's
     }
     return certificates;
 }
