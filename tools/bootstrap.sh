@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what building and testing need and what is missing. Says nothing when nothing is.
-# usage: tools/bootstrap.sh [benchmarks] [lint]    also what the benchmarks, the static analysis need
+# usage: tools/bootstrap.sh [abi] [benchmarks] [lint]    also what these need
 set -euo pipefail
 
 debian_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libcrypto++-dev libeasyloggingpp-dev
@@ -11,6 +11,9 @@ for purpose in "$@"; do
     benchmarks)
         debian_packages+=(libbenchmark-dev libqca-qt5-2-dev libqca-qt5-2-plugins libspdlog-dev gnuplot-nox python3)
         brew_formulas+=(google-benchmark spdlog gnuplot python3)
+        ;;
+    abi)
+        debian_packages+=(abigail-tools xz-utils)
         ;;
     lint)
         debian_packages+=(clang-format clang-tidy cppcheck shellcheck)
