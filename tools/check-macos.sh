@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # usage: tools/check-macos.sh SDK
-# Compiles every source of the library as for a Mac, on a machine that is none, and throws the result away: errors and
-# warnings of ours show before somebody has to find them there. SDK is a folder with the macOS SDK's headers, in
-# include/ and Frameworks/. Needs clang with its libc++ headers (Debian: clang, libc++-dev) and this machine's Qt,
-# Crypto++ and easylogging++, whose headers know macOS too.
+# Compiles every source of the library and of the sample client as for a Mac, on a machine that is none, and throws the
+# result away: errors and warnings of ours show before somebody has to find them there. SDK is a folder with the macOS
+# SDK's headers, in include/ and Frameworks/. Needs clang with its libc++ headers (Debian: clang, libc++-dev) and this
+# machine's Qt, Crypto++ and easylogging++, whose headers know macOS too.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -45,7 +45,7 @@ compile() { # TARGET SOURCE
 }
 export -f compile
 
-mapfile -t sources < <(find orvCore/src -name '*.cpp' ! -name '*_linux.cpp' | sort)
+mapfile -t sources < <(find orvCore/src examples -name '*.cpp' ! -name '*_linux.cpp' | sort)
 sources+=("$work"/moc_*.cpp /usr/include/easylogging++.cc)
 for target in x86_64-apple-macos12 arm64-apple-macos12; do
     # shellcheck disable=SC2016 # the inner shell expands it
