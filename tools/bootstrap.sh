@@ -4,10 +4,10 @@
 set -euo pipefail
 
 debian_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libcrypto++-dev libeasyloggingpp-dev
-    libgtest-dev libgmock-dev openssl)
+    libgtest-dev libgmock-dev libssl-dev zlib1g-dev openssl)
 brew_formulas=(cmake ninja ccache pkg-config qt@5 cryptopp googletest openssl@3)
 if [ "${1:-}" = benchmarks ]; then
-    debian_packages+=(libbenchmark-dev libssl-dev libqca-qt5-2-dev libqca-qt5-2-plugins libspdlog-dev gnuplot-nox python3)
+    debian_packages+=(libbenchmark-dev libqca-qt5-2-dev libqca-qt5-2-plugins libspdlog-dev gnuplot-nox python3)
     brew_formulas+=(google-benchmark spdlog gnuplot python3)
 fi
 
@@ -51,7 +51,7 @@ else
     cat >&2 <<'EOF'
 This script knows Debian and macOS. Install these by hand, then use the CMake presets:
   a C++17 compiler, CMake 3.25, Ninja, pkg-config, Qt 5.15 Core, Crypto++ 8.7,
-  easylogging++ 9.97 (header and source), GoogleTest with GoogleMock, the openssl program
+  easylogging++ 9.97 (header and source), OpenSSL 3 with its program, zlib, GoogleTest with GoogleMock
 EOF
     exit 2
 fi

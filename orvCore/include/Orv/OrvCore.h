@@ -19,6 +19,9 @@
 #include <Orv/Log/LogRollout.h>
 #include <Orv/Log/MessageHandlers.h>
 #include <Orv/Log/OrvDebug.h>
+#include <Orv/Mac/CheckPackageSignature.h>
+#include <Orv/Mac/FileProviderMac.h>
+#include <Orv/Mac/SystemInfo.h>
 #include <Orv/Utility/DSTSafe.h>
 #include <Orv/Utility/DateTimeCompare.h>
 #include <Orv/Utility/Endian.h>

@@ -62,7 +62,7 @@ public:
     OrvFullDebug& operator=(const OrvFullDebug&) = delete;
 
 private:
-    const char* m_name;
+    [[maybe_unused]] const char* m_name;
     QString m_text;
     std::unique_ptr<QElapsedTimer> m_timer;
 };

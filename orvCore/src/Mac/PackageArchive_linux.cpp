@@ -1,0 +1,256 @@
+#include "Mac/PackageArchive_p.h"
+
+#include <QCryptographicHash>
+#include <QDataStream>
+#include <QString>
+#include <QXmlStreamReader>
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <limits>
+#include <optional>
+
+#include <zlib.h>
+
+// The format: a header, then a table of contents (XML, compressed by zlib), then the heap with everything else, into
+// which the table gives offsets. Big-endian. Described at https://github.com/mackyle/xar/wiki/xarformat.
+
+namespace Orv::Utitlity {
+
+namespace {
+
+constexpr quint32 MAGIC = 0x78617221; // "xar!"
+constexpr quint16 FORMAT_VERSION = 1;
+constexpr quint64 HEADER_SIZE = 28;
+
+// What bounds memory and time, whatever an archive claims. The table of a package with thousands of files is far
+// smaller, its elements have one or two attributes, and they lie as deep as the folders in the package.
+constexpr quint64 MAX_TABLE_SIZE = 4 << 20;
+constexpr int MAX_DEPTH = 1000;
+constexpr int MAX_ATTRIBUTES = 100; // of an element: the XML reader compares each with every other one
+
+/// The checksum's name for "no checksum".
+const QString NONE = QStringLiteral("none");
+
+struct Digest {
+    QLatin1String name;
+    QCryptographicHash::Algorithm algorithm;
+};
+const std::array<Digest, 6> DIGESTS = {{
+    {QLatin1String("sha1"), QCryptographicHash::Sha1},
+    {QLatin1String("md5"), QCryptographicHash::Md5},
+    {QLatin1String("sha224"), QCryptographicHash::Sha224},
+    {QLatin1String("sha256"), QCryptographicHash::Sha256},
+    {QLatin1String("sha384"), QCryptographicHash::Sha384},
+    {QLatin1String("sha512"), QCryptographicHash::Sha512},
+}};
+
+/// Reads parts of a file that is not larger than it says.
+class ArchiveFile {
+public:
+    explicit ArchiveFile(const QByteArray& path) : m_file(path.constData(), std::ios::binary)
+    {
+        m_file.seekg(0, std::ios::end);
+        m_size = m_file ? static_cast<quint64>(m_file.tellg()) : 0;
+    }
+
+    /// Nothing if the part is not in the file. The size is one that fits into memory.
+    std::optional<QByteArray> read(quint64 offset, quint64 size)
+    {
+        if (offset > m_size || size > m_size - offset)
+            return std::nullopt;
+        QByteArray bytes(static_cast<int>(size), Qt::Uninitialized);
+        m_file.seekg(static_cast<std::streamoff>(offset));
+        m_file.read(bytes.data(), bytes.size());
+        return m_file ? std::optional(bytes) : std::nullopt;
+    }
+
+private:
+    std::ifstream m_file;
+    quint64 m_size = 0;
+};
+
+struct Header {
+    quint16 size = 0;
+    quint64 compressedSize = 0; // of the table
+    quint64 tableSize = 0;
+    QString checksum; // the name of its algorithm, in lower case
+
+    quint64 heapOffset() const { return size + compressedSize; }
+};
+
+std::optional<QString> checksumName(ArchiveFile& file, quint32 algorithm, quint16 headerSize)
+{
+    switch (algorithm) {
+    case 0:
+        return NONE;
+    case 1:
+        return QStringLiteral("sha1");
+    case 2:
+        return QStringLiteral("md5");
+    case 3:
+        break;
+    default:
+        return std::nullopt;
+    }
+    const auto name = file.read(HEADER_SIZE, headerSize - HEADER_SIZE);
+    const int end = name ? name->indexOf('\0') : -1;
+    return end < 0 ? std::nullopt : std::optional(QString::fromLatin1(name->constData(), end).toLower());
+}
+
+std::optional<Header> readHeader(ArchiveFile& file)
+{
+    const auto bytes = file.read(0, HEADER_SIZE);
+    if (!bytes)
+        return std::nullopt;
+    QDataStream stream(*bytes);
+    Header header;
+    quint32 magic = 0;
+    quint16 version = 0;
+    quint32 algorithm = 0;
+    stream >> magic >> header.size >> version >> header.compressedSize >> header.tableSize >> algorithm;
+    if (magic != MAGIC || version != FORMAT_VERSION || header.size < HEADER_SIZE)
+        return std::nullopt;
+    const auto checksum = checksumName(file, algorithm, header.size);
+    if (!checksum)
+        return std::nullopt;
+    header.checksum = *checksum;
+    return header;
+}
+
+/// Of a compressed table: only one that has the size which the header says, to the byte.
+std::optional<QByteArray> inflate(const QByteArray& compressed, quint64 tableSize)
+{
+    QByteArray table(static_cast<int>(tableSize), Qt::Uninitialized);
+    uLongf size = tableSize;
+    uLong sourceSize = static_cast<uLong>(compressed.size());
+    const int result = ::uncompress2(reinterpret_cast<Bytef*>(table.data()), &size,
+        reinterpret_cast<const Bytef*>(compressed.constData()), &sourceSize);
+    if (result != Z_OK || size != tableSize || sourceSize != static_cast<uLong>(compressed.size()))
+        return std::nullopt;
+    return table;
+}
+
+/// What the table of contents says of the signature and the checksum.
+struct Contents {
+    QString checksum = NONE; // the name of its algorithm, in lower case
+    QString checksumOffset;  // in the heap
+    QString checksumSize;
+    int signatures = 0;
+    QStringList certificates; // of the first signature, Base64 with line breaks
+};
+
+/// An attribute has an equals sign, and no "<" stands inside a tag.
+bool mayHaveTooManyAttributes(const QString& xml)
+{
+    int signs = 0;
+    for (const QChar character : xml) {
+        if (character == QLatin1Char('<'))
+            signs = 0;
+        else if (character == QLatin1Char('=') && ++signs > MAX_ATTRIBUTES)
+            return true;
+    }
+    return false;
+}
+
+/// Takes what `Contents` wants of an element that has just begun.
+void take(QXmlStreamReader& xml, const QString& path, Contents& contents)
+{
+    if (path == QLatin1String("/xar/toc/checksum"))
+        contents.checksum = xml.attributes().value(QLatin1String("style")).toString().toLower();
+    else if (path == QLatin1String("/xar/toc/checksum/offset"))
+        contents.checksumOffset = xml.readElementText();
+    else if (path == QLatin1String("/xar/toc/checksum/size"))
+        contents.checksumSize = xml.readElementText();
+    else if (path == QLatin1String("/xar/toc/signature"))
+        ++contents.signatures;
+    else if (contents.signatures == 1 && path == QLatin1String("/xar/toc/signature/KeyInfo/X509Data/X509Certificate"))
+        contents.certificates += xml.readElementText();
+}
+
+std::optional<Contents> parseTable(const QString& table)
+{
+    // Entities can make a large text out of a small one; no archiver declares any.
+    if (table.contains(QLatin1String("<!DOCTYPE")) || mayHaveTooManyAttributes(table))
+        return std::nullopt;
+    QXmlStreamReader xml(table);
+    xml.setNamespaceProcessing(false); // each name would be looked up among all the prefixes around it
+    Contents contents;
+    QString path;
+    int depth = 0;
+    while (!xml.atEnd()) {
+        xml.readNext();
+        if (xml.isStartElement()) {
+            if (++depth > MAX_DEPTH)
+                return std::nullopt;
+            path += QLatin1Char('/') + xml.qualifiedName();
+            take(xml, path, contents);
+        }
+        if (xml.isEndElement()) {
+            --depth;
+            path.chop(xml.qualifiedName().size() + 1);
+        }
+    }
+    return xml.hasError() ? std::nullopt : std::optional(contents);
+}
+
+/// Whether the checksum that the table names is in the heap and is that of the compressed table.
+bool isChecksumRight(ArchiveFile& file, const Header& header, const Contents& contents, const QByteArray& compressed)
+{
+    if (contents.checksum != header.checksum)
+        return false;
+    if (contents.checksum == NONE)
+        return contents.signatures == 0; // a signature signs the checksum
+    const auto digest = std::find_if(
+        DIGESTS.begin(), DIGESTS.end(), [&](const Digest& candidate) { return candidate.name == contents.checksum; });
+    if (digest == DIGESTS.end())
+        return false;
+    const QByteArray expected = QCryptographicHash::hash(compressed, digest->algorithm);
+    bool isNumber = false;
+    const quint64 offset = contents.checksumOffset.toULongLong(&isNumber);
+    if (!isNumber || contents.checksumSize != QString::number(expected.size()) ||
+        offset > std::numeric_limits<quint64>::max() - header.heapOffset())
+        return false;
+    return file.read(header.heapOffset() + offset, static_cast<quint64>(expected.size())) == expected;
+}
+
+std::optional<Contents> readContents(ArchiveFile& file)
+{
+    const auto header = readHeader(file);
+    if (!header || header->compressedSize > MAX_TABLE_SIZE || header->tableSize > MAX_TABLE_SIZE)
+        return std::nullopt;
+    const auto compressed = file.read(header->size, header->compressedSize);
+    if (!compressed)
+        return std::nullopt;
+    const auto table = inflate(*compressed, header->tableSize);
+    if (!table)
+        return std::nullopt;
+    const auto contents = parseTable(QString::fromUtf8(table->constData(), table->size()));
+    if (!contents || !isChecksumRight(file, *header, *contents, *compressed))
+        return std::nullopt;
+    return contents;
+}
+
+} // namespace
+
+PackageSignature readPackageSignature(const QByteArray& path)
+{
+    ArchiveFile file(path);
+    const auto contents = readContents(file);
+    if (!contents)
+        return {PackageSignature::NotOpened, {}};
+    if (contents->signatures == 0)
+        return {PackageSignature::NotSigned, {}};
+    PackageSignature signature{PackageSignature::Good, {}};
+    for (const QString& text : contents->certificates) {
+        const QByteArray base64 = text.simplified().remove(QLatin1Char(' ')).toLatin1();
+        auto certificate = QByteArray::fromBase64Encoding(base64, QByteArray::AbortOnBase64DecodingErrors);
+        if (!certificate || certificate.decoded.isEmpty())
+            return {PackageSignature::UnreadableCertificate, {}};
+        signature.certificates += certificate.decoded;
+    }
+    return signature;
+}
+
+} // namespace Orv::Utitlity
