@@ -38,24 +38,24 @@ constexpr qint64 LargestNumber = qint64(1) << 53; // JSON's numbers are exact up
 
 // The names in the JSON of both files
 namespace Name {
-constexpr QLatin1String Format("format");
-constexpr QLatin1String Algorithm("algorithm");
-constexpr QLatin1String KeyLength("keyLength");
-constexpr QLatin1String Salt("salt");
-constexpr QLatin1String Iterations("iterations");
-constexpr QLatin1String ManifestIv("manifestIv");
-constexpr QLatin1String Type("type");
-constexpr QLatin1String Path("path");
-constexpr QLatin1String Permissions("permissions");
-constexpr QLatin1String Modified("modified");
-constexpr QLatin1String Target("target");
-constexpr QLatin1String Size("size");
-constexpr QLatin1String Iv("iv");
-constexpr QLatin1String TreeHash("treeHash");
-constexpr QLatin1String SealedName("sealed");
+const QLatin1String Format("format");
+const QLatin1String Algorithm("algorithm");
+const QLatin1String KeyLength("keyLength");
+const QLatin1String Salt("salt");
+const QLatin1String Iterations("iterations");
+const QLatin1String ManifestIv("manifestIv");
+const QLatin1String Type("type");
+const QLatin1String Path("path");
+const QLatin1String Permissions("permissions");
+const QLatin1String Modified("modified");
+const QLatin1String Target("target");
+const QLatin1String Size("size");
+const QLatin1String Iv("iv");
+const QLatin1String TreeHash("treeHash");
+const QLatin1String SealedName("sealed");
 } // namespace Name
 
-constexpr std::array<QLatin1String, 3> TypeNames = {
+const std::array<QLatin1String, 3> TypeNames = {
     QLatin1String("file"), QLatin1String("folder"), QLatin1String("link")}; // in the order of Entry::Type
 
 /// Reads the members of a JSON object and throws if one is not what it has to be.
