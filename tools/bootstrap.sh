@@ -1,15 +1,27 @@
 #!/usr/bin/env bash
 # Installs what building and testing need and what is missing. Says nothing when nothing is.
-# usage: tools/bootstrap.sh [benchmarks]    benchmarks: also what they need
+# usage: tools/bootstrap.sh [benchmarks] [fuzz]    benchmarks, fuzz: also what these need
 set -euo pipefail
 
 debian_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libcrypto++-dev libeasyloggingpp-dev
     libgtest-dev libgmock-dev libssl-dev zlib1g-dev openssl)
 brew_formulas=(cmake ninja ccache pkg-config qt@5 cryptopp googletest openssl@3)
-if [ "${1:-}" = benchmarks ]; then
-    debian_packages+=(libbenchmark-dev libqca-qt5-2-dev libqca-qt5-2-plugins libspdlog-dev gnuplot-nox python3)
-    brew_formulas+=(google-benchmark spdlog gnuplot python3)
-fi
+for extra in "$@"; do
+    case $extra in
+    benchmarks)
+        debian_packages+=(libbenchmark-dev libqca-qt5-2-dev libqca-qt5-2-plugins libspdlog-dev gnuplot-nox python3)
+        brew_formulas+=(google-benchmark spdlog gnuplot python3)
+        ;;
+    fuzz)
+        debian_packages+=(clang libclang-rt-dev llvm)
+        brew_formulas+=(llvm)
+        ;;
+    *)
+        echo "Not known: $extra" >&2
+        exit 2
+        ;;
+    esac
+done
 
 install_debian() {
     local missing=() package
