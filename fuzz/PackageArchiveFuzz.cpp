@@ -43,37 +43,41 @@ void checkTable(FuzzedDataProvider& input)
 {
     XarArchive archive;
     archive.algorithm = input.ConsumeIntegralInRange(0u, 2u);
-    const auto damagedByte = input.ConsumeIntegralInRange(0, 15); // of the checksum, whose shortest has 16
+    const int checksumSize = archive.algorithm == 2 ? 16 : 20;
+    const int damagedByte = input.ConsumeIntegralInRange(1, checksumSize); // from the end
     archive.table = restOf(input);
     const PackageSignature signature = signatureOf(archive.bytes());
-    int bytes = 0;
+    int size = 0;
     for (const QByteArray& certificate : signature.certificates)
-        bytes += certificate.size();
-    require(bytes <= archive.table.size() / 4 * 3, "certificates are no larger than their Base64");
+        size += certificate.size();
+    require(size <= archive.table.size() / 4 * 3, "certificates are no larger than their Base64");
     if (signature.state == PackageSignature::NotOpened || signature.state == PackageSignature::NotSigned)
         return;
 
     QByteArray damaged = archive.bytes();
-    const int checksumSize = archive.algorithm == 2 ? 16 : 20;
-    const int at = damaged.size() - checksumSize + damagedByte;
+    const int at = damaged.size() - damagedByte;
     damaged[at] = static_cast<char>(damaged[at] ^ 1);
-    require(
-        signatureOf(damaged).state == PackageSignature::NotOpened, "a signature stands on a checksum that is right");
+    require(signatureOf(damaged).state == PackageSignature::NotOpened, "a signature needs the right checksum");
 }
 
 /// Certificates in an archive as installers come.
 void checkCertificates(FuzzedDataProvider& input)
 {
+    const bool isSignedTwice = input.ConsumeBool();
     QList<QByteArray> certificates;
     while (input.remaining_bytes() > 0) {
         const QByteArray certificate = QByteArray::fromStdString(input.ConsumeRandomLengthString());
         if (!certificate.isEmpty())
             certificates += certificate;
     }
-    XarArchive archive = signedArchive(certificates);
+    QByteArray signatures = signatureElement(certificateElements(certificates));
+    if (isSignedTwice)
+        signatures += signatureElement(certificateElements({"another"}));
+    XarArchive archive;
+    archive.table = tableOf(checksumElement("sha1", 20) + signatures);
     const PackageSignature signature = signatureOf(archive.bytes());
     require(signature.state == PackageSignature::Good, "the archive is good");
-    require(signature.certificates == certificates, "the certificates are those of the archive");
+    require(signature.certificates == certificates, "the certificates are those of the first signature");
 }
 
 } // namespace

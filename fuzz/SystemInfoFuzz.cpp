@@ -2,6 +2,8 @@
 
 #include "Mac/SystemInfo_p.h"
 
+#include <QRegularExpression>
+
 using Orv::Utility::MacOsVersion;
 
 namespace {
@@ -23,8 +25,12 @@ MacOsVersion plainVersion(const QString& text)
 
 void checkAnyText(const QString& text)
 {
+    static const QRegularExpression value(QStringLiteral("ProductVersion.*?<string>(.*?)</string>"),
+        QRegularExpression::CaseInsensitiveOption | QRegularExpression::DotMatchesEverythingOption);
     MacOsVersion version;
     require(parse(text, version) == (version.major != 0), "a version that counts has a major number");
+    const QRegularExpressionMatch match = value.match(text);
+    require(!match.hasMatch() || isSame(version, plainVersion(match.captured(1))), "it is the value behind the key");
     for (const unsigned short number : {version.major, version.minor, version.patch})
         require(number == 0 || text.contains(QString::number(number)), "the numbers are in the text");
 
