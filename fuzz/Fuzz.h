@@ -1,16 +1,16 @@
 #pragma once
 
 #include <QByteArray>
-#include <QString>
 
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <string>
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-// What the fuzz targets share. Each takes its input apart with the FuzzedDataProvider: numbers come from the input's
-// end and texts from its beginning, so that the seeds can be read.
+// What the fuzz targets share. Those that need more than a text take their input apart with the FuzzedDataProvider:
+// numbers come from the input's end and the text from its beginning, so that the seeds can be read.
 
 /// The fuzzer's entry to a target.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
