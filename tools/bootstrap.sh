@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what building and testing need and what is missing. Says nothing when nothing is.
-# usage: tools/bootstrap.sh [abi] [benchmarks] [lint]    also what these need
+# usage: tools/bootstrap.sh [abi] [benchmarks] [fuzz] [lint]    also what these need
 set -euo pipefail
 
 debian_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libcrypto++-dev libeasyloggingpp-dev
@@ -18,6 +18,10 @@ for purpose in "$@"; do
     lint)
         debian_packages+=(clang-format clang-tidy cppcheck shellcheck)
         brew_formulas+=(clang-format llvm cppcheck shellcheck)
+        ;;
+    fuzz)
+        debian_packages+=(clang libclang-rt-dev llvm)
+        brew_formulas+=(llvm)
         ;;
     *)
         echo "$0 knows nothing of \"$purpose\"" >&2
