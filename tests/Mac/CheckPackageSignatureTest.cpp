@@ -9,13 +9,6 @@
 
 using Orv::Utitlity::CheckPackageSignature;
 
-namespace {
-
-const QString OPENING = QStringLiteral("warning: MacPackageSignature: error opening Xar in path: ");
-const QString GETTING = QStringLiteral("warning: MacPackageSignature: error getting xar signature in path: ");
-
-} // namespace
-
 TEST(CheckPackageSignature, NoPackage)
 {
     const QTemporaryDir folder;
@@ -27,34 +20,16 @@ TEST(CheckPackageSignature, NoPackage)
     EXPECT_EQ(log.take(), QStringList());
 }
 
-TEST(CheckPackageSignature, ArchivesWithoutAUsableSignature)
+TEST(CheckPackageSignature, NameOutsideLatin1)
 {
-    XarArchive notSigned = signedArchive({});
-    notSigned.table = tableOf(checksumElement("sha1", 20));
-    struct Row {
-        const char* fileName;
-        QByteArray content;
-        QString warning;
-    };
-    const Row rows[] = {
-        {"a text", "not an archive", OPENING},
-        {"nothing", "", OPENING},
-        {"not signed", notSigned.bytes(), GETTING},
-        // The name in bytes is another one, "a?", and this package must not pass for that.
-        {u8"a\u03a9", signedArchive({"leaf"}).bytes(), OPENING},
-    };
+    // The name in bytes is another one, "a?", and this package must not pass for that.
     const QTemporaryDir folder;
+    const QString path = folder.filePath(QString::fromUtf8(u8"a\u03a9"));
+    writeFile(path, signedArchive({"leaf"}).bytes());
     writeFile(folder.filePath(QStringLiteral("a?")), signedArchive({"leaf"}).bytes());
-    for (const Row& row : rows) {
-        const QString path = folder.filePath(QString::fromUtf8(row.fileName));
-        writeFile(path, row.content);
-        LoggedLines log;
-        const auto [result, certificates] = CheckPackageSignature(path).getPemList();
-        EXPECT_EQ(result, CheckPackageSignature::SignatureError) << row.fileName;
-        EXPECT_TRUE(certificates.isEmpty()) << row.fileName;
-        EXPECT_EQ(CheckPackageSignature(path).check_(), CheckPackageSignature::SignatureError) << row.fileName;
-        EXPECT_EQ(log.take(), QStringList({row.warning + path, row.warning + path}));
-    }
+    LoggedLines log;
+    EXPECT_EQ(CheckPackageSignature(path).check_(), CheckPackageSignature::SignatureError);
+    EXPECT_EQ(log.take(), QStringList("warning: MacPackageSignature: error opening Xar in path: " + path));
 }
 
 TEST(CheckPackageSignature, CertificatesComeOutAsTheyAre)

@@ -110,56 +110,31 @@ TEST(StreamCopy, ShortReadsAreWrittenAsTheyCome)
     EXPECT_EQ(source.requests, Sizes({4, 4, 4, 4, 2}));
 }
 
-TEST(StreamCopy, BufferedDevices)
-{
-    QByteArray content(300000, 'x');
-    content[12345] = 'y';
-    for (const qint64 chunkSize : {1000, 16384, 100000}) {
-        QBuffer source(&content);
-        QBuffer destination;
-        ASSERT_TRUE(source.open(QIODevice::ReadOnly) && destination.open(QIODevice::WriteOnly));
-        ASSERT_TRUE(source.seek(5));
-        EXPECT_EQ(StreamCopy(chunkSize).exec(destination, source, 0), content.size() - 5);
-        EXPECT_EQ(destination.data(), content.mid(5));
-    }
-}
-
-TEST(StreamCopy, SourceFails)
+TEST(StreamCopy, Failures)
 {
     Device source(QIODevice::ReadOnly, true);
     source.content = "0123456789";
     source.room = 7;
     Device destination(QIODevice::WriteOnly);
     LoggedLines logged;
-    EXPECT_EQ(StreamCopy(4).exec(destination, source, 0), 7);
+    EXPECT_EQ(StreamCopy(4).exec(destination, source, 0), 7) << "what the source gave before it failed";
     EXPECT_EQ(destination.content, QByteArray("0123456"));
     EXPECT_EQ(logged.take(), QStringList());
-}
 
-TEST(StreamCopy, DestinationFails)
-{
-    Device source(QIODevice::ReadOnly);
-    source.content = "0123456789";
-    Device destination(QIODevice::WriteOnly);
-    destination.room = 6;
-    LoggedLines logged;
-    EXPECT_EQ(StreamCopy(4).exec(destination, source, 0), -1);
-    EXPECT_EQ(destination.content, QByteArray("012345")) << "what was taken stays";
+    Device whole(QIODevice::ReadOnly);
+    whole.content = "0123456789";
+    Device narrow(QIODevice::WriteOnly);
+    narrow.room = 6;
+    EXPECT_EQ(StreamCopy(4).exec(narrow, whole, 0), -1);
+    EXPECT_EQ(narrow.content, QByteArray("012345")) << "what was taken stays";
     EXPECT_EQ(logged.take(), QStringList(QStringLiteral("error: StreamCopy: error write to destination stream")));
-}
 
-TEST(StreamCopy, WrongModes)
-{
-    Device readable(QIODevice::ReadOnly);
-    readable.content = "0123456789";
-    Device writable(QIODevice::WriteOnly);
+    whole.requests.clear();
     QBuffer closed;
-    LoggedLines logged;
-    EXPECT_EQ(StreamCopy(4).exec(readable, readable, 0), -1);
-    EXPECT_EQ(StreamCopy(4).exec(writable, writable, 0), -1);
-    EXPECT_EQ(StreamCopy(4).exec(closed, readable, 0), -1);
-    EXPECT_EQ(StreamCopy(4).exec(writable, closed, 0), -1);
-    EXPECT_EQ(readable.requests, Sizes());
-    EXPECT_EQ(writable.requests, Sizes());
+    EXPECT_EQ(StreamCopy(4).exec(whole, whole, 0), -1);
+    EXPECT_EQ(StreamCopy(4).exec(closed, whole, 0), -1);
+    EXPECT_EQ(StreamCopy(4).exec(destination, closed, 0), -1);
+    EXPECT_EQ(StreamCopy(4).exec(destination, destination, 0), -1);
+    EXPECT_EQ(whole.requests, Sizes());
     EXPECT_EQ(logged.take(), QStringList());
 }
