@@ -12,10 +12,12 @@
 /// One case of a known-answer file: its values by name.
 using KnownAnswer = QMap<QByteArray, QByteArray>;
 
-/// Reads a known-answer file of tests/data: lines "name = value", an empty line between cases, # begins a comment line.
+/// Reads a known-answer file of tests/data, or of the folder that ORV_TEST_DATA names: lines "name = value", an empty
+/// line between cases, # begins a comment line.
 inline std::vector<KnownAnswer> knownAnswers(const char* fileName)
 {
-    QFile file(QStringLiteral(ORV_TEST_DATA "/") + QLatin1String(fileName));
+    const QString folder = qEnvironmentVariable("ORV_TEST_DATA", QStringLiteral(ORV_TEST_DATA));
+    QFile file(folder + QLatin1Char('/') + QLatin1String(fileName));
     EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << fileName;
     std::vector<KnownAnswer> cases;
     bool inCase = false;

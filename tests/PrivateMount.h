@@ -6,8 +6,8 @@
 /// A small file system of this process alone, mounted while it lives; only root can have one.
 class PrivateMount {
 public:
-    /// An empty one in memory, of `size` bytes.
-    explicit PrivateMount(qint64 size);
+    /// An empty one of `size` bytes: of type "tmpfs" in memory, of another type in a file.
+    PrivateMount(qint64 size, const char* type);
     /// The folder itself, read-only.
     explicit PrivateMount(const QString& readOnlyFolder);
     ~PrivateMount();

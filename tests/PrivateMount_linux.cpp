@@ -3,6 +3,7 @@
 #include <QFile>
 
 #include <cerrno>
+#include <cstdlib>
 #include <sched.h>
 #include <sys/mount.h>
 
@@ -15,11 +16,18 @@ bool leaveTheSharedMounts()
 
 } // namespace
 
-PrivateMount::PrivateMount(qint64 size) : m_path(m_folder.path())
+PrivateMount::PrivateMount(qint64 size, const char* type) : m_path(m_folder.filePath(QStringLiteral("mounted")))
 {
-    const QByteArray options = "mode=700,size=" + QByteArray::number(size);
-    if (!leaveTheSharedMounts() || ::mount("none", QFile::encodeName(m_path), "tmpfs", 0, options.constData()) != 0)
-        m_reason = QStringLiteral("cannot mount a file system here: ") + qt_error_string(errno);
+    const QString image = m_folder.filePath(QStringLiteral("image"));
+    const QString text = QLatin1String(type) == QLatin1String("tmpfs")
+        ? QStringLiteral("mkdir %1 && mount -t tmpfs -o size=%2 none %1").arg(m_path).arg(size)
+        : QStringLiteral("mkdir %1 && truncate -s %2 %3 && /sbin/mkfs.%4 -q %3 && mount -o loop %3 %1")
+              .arg(m_path)
+              .arg(size)
+              .arg(image, QLatin1String(type));
+    if (!leaveTheSharedMounts() ||
+        std::system((QStringLiteral("(%1) >/dev/null 2>&1").arg(text)).toUtf8().constData()) != 0)
+        m_reason = QStringLiteral("cannot mount %1 here").arg(QLatin1String(type));
 }
 
 PrivateMount::PrivateMount(const QString& readOnlyFolder) : m_path(readOnlyFolder)

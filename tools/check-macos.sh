@@ -5,6 +5,7 @@
 # SDK's headers, in include/ and Frameworks/. Needs clang with its libc++ headers (Debian: clang, libc++-dev) and this
 # machine's Qt, Crypto++ and easylogging++, whose headers know macOS too.
 set -euo pipefail
+start=$PWD
 cd "$(dirname "$0")/.."
 
 fail() {
@@ -13,7 +14,7 @@ fail() {
 }
 
 [ $# -eq 1 ] || fail "usage: tools/check-macos.sh SDK"
-sdk=$1
+sdk=$(cd "$start" && realpath "$1")
 [ -d "$sdk/include" ] || fail "$sdk has no include/"
 [ -d "$sdk/Frameworks" ] || fail "$sdk has no Frameworks/"
 command -v clang++ >/dev/null || fail "clang++ is missing"

@@ -25,11 +25,16 @@ const char* const NOT_OPENED = "MacPackageSignature: error opening Xar in path: 
 const char* const NOT_SIGNED = "MacPackageSignature: error getting xar signature in path: ";
 const char* const UNREADABLE = "MacPackageSignature: Unable to extract certificate data. xar signature in path: ";
 
+QString packagePath()
+{
+    static const QTemporaryDir folder;
+    return folder.filePath(QStringLiteral("package"));
+}
+
 /// The warning without the path, and whether result and list go with it.
 std::string warningFor(const QByteArray& content, const QList<QByteArray>& expected = CHAIN)
 {
-    static const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("package"));
+    const QString path = packagePath();
     writeFile(path, content);
     LoggedLines log;
     const auto [result, certificates] = CheckPackageSignature(path).getPemList();
@@ -284,8 +289,13 @@ TEST(PackageArchive, BoundedMemoryAndTime)
         // In a process of its own, whose peak is that of this row.
         const Ending ending = runInChild([&row] {
             ::malloc_trim(0); // memory that is at hand already would not count
+            QFile peak(QStringLiteral("/proc/self/clear_refs"));
+            if (peak.open(QIODevice::WriteOnly))
+                peak.write("5"); // nor would what the tests before had: the peak begins anew
+            peak.close();
             const Usage before = usage();
             const bool isExpected = warningFor(row.content) == row.warning;
+            CheckPackageSignature(packagePath()).check_();
             const Usage after = usage();
             const bool isSmall = after.peakMemory - before.peakMemory < 64 << 20;
             const bool isFast = after.seconds - before.seconds < 1;

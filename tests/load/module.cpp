@@ -7,5 +7,6 @@ extern "C" __attribute__((visibility("default"))) void setUpLog(const char* fold
     Orv::LogManager& manager = Orv::LogManager::instance();
     manager.setLogPath(QString::fromUtf8(folder));
     manager.setOutToFile(true);
+    manager.setCrashHandler(true);
     manager.init();
 }

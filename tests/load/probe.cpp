@@ -1,5 +1,6 @@
 /// usage: loadProbe MODULE        loads the library and checks that this alone changes nothing
 ///        loadProbe MODULE log    logs through it, unloads it, and logs once more when its objects have gone
+///        loadProbe MODULE log interrupt    the same, and interrupts itself then
 
 #include <QDir>
 #include <QFile>
@@ -16,10 +17,13 @@ namespace {
 /// Constructed before the library's objects, and so destroyed after them.
 struct LateLogger {
     bool armed = false;
+    bool interrupts = false;
     ~LateLogger()
     {
         if (armed)
             qWarning("after everything");
+        if (interrupts)
+            std::raise(SIGINT);
     }
 };
 LateLogger lateLogger;
@@ -72,5 +76,6 @@ int main(int argc, char* argv[])
         return failed("loading installs a message handler");
     if (!QDir(folder.path()).isEmpty())
         return failed("loading creates a file");
+    lateLogger.interrupts = argc > 3;
     return argc > 2 ? logThrough(module, folder.path()) : 0;
 }

@@ -35,6 +35,12 @@ void interrupt(int signal)
 void crashHandler(int signal)
 {
     const Orv::LogBackend::Lock lock;
+    if (!Orv::LogBackend::isAlive()) {
+        // Late in the process's exit there is no log any more: the signal does what it does without us.
+        std::signal(signal, SIG_DFL);
+        std::raise(signal);
+        return;
+    }
     if (signal == SIGINT) {
         interrupt(signal);
         return;

@@ -1,6 +1,7 @@
 #include "Mac/CertificateTrust_p.h"
 
 #include <memory>
+#include <numeric>
 
 #include <openssl/err.h>
 #include <openssl/x509.h>
@@ -12,6 +13,8 @@ namespace {
 
 // Bounds the search for a chain, and is more than a chain may have by OpenSSL's default.
 constexpr int MostCertificates = 100;
+// Parsed, a certificate may take fifty times its size. Real ones have a few KiB.
+constexpr int LargestChain = 256 * 1024; // bytes
 
 template <auto Free> struct Freer {
     template <typename Object> void operator()(Object* object) const { Free(object); }
@@ -55,7 +58,9 @@ Certificates parse(const QList<QByteArray>& chain)
 
 bool isTrustedChain(const QList<QByteArray>& chain)
 {
-    if (chain.isEmpty() || chain.size() > MostCertificates)
+    const int size =
+        std::accumulate(chain.begin(), chain.end(), 0, [](int sum, const QByteArray& der) { return sum + der.size(); });
+    if (chain.isEmpty() || chain.size() > MostCertificates || size > LargestChain)
         return false;
     const ErrorMark mark;
     const Certificates certificates = parse(chain);

@@ -11,10 +11,9 @@ namespace Orv::Utility {
 
 namespace {
 
-void logSetup(const CloudItem& item, bool isUbiquitous)
+void logSetup(const CloudItem& item, const CloudSetup& setup, bool isUbiquitous)
 {
     const QString ruler = QLatin1Char('\n') + QString(80, QLatin1Char('#'));
-    const CloudSetup setup = item.setup();
     const QString token = setup.identityToken.isNull() ? QStringLiteral("(null)") : setup.identityToken;
     OrvDebug(CORE_MODULE_NAME).debug() << ruler << "\n\turl path:" << item.path()
                                        << "\n\tis ubiquitous:" << (isUbiquitous ? "YES" : "NO")
@@ -42,8 +41,9 @@ bool FileProviderMac::isUbiquitous() const
 {
     const OrvFullDebug timing(
         CORE_MODULE_NAME, QStringLiteral("bool Orv::Utility::FileProviderMac::isUbiquitous() const"));
+    const CloudSetup setup = m_item->setup(); // asking for the container is what lets the process see into it
     const bool isUbiquitous = m_item->isUbiquitous();
-    logSetup(*m_item, isUbiquitous);
+    logSetup(*m_item, setup, isUbiquitous);
     OrvDebug(CORE_MODULE_NAME).debug() << QProcess::systemEnvironment();
     return isUbiquitous;
 }

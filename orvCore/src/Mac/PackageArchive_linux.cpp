@@ -2,15 +2,18 @@
 
 #include <QCryptographicHash>
 #include <QDataStream>
+#include <QFile>
 #include <QString>
 #include <QXmlStreamReader>
 
 #include <algorithm>
 #include <array>
-#include <fstream>
 #include <limits>
 #include <optional>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <zlib.h>
 
 // The format: a header, then a table of contents (XML, compressed by zlib), then the heap with everything else, into
@@ -49,10 +52,18 @@ const std::array<Digest, 6> Digests = {{
 /// Reads parts of a file that is not larger than it says.
 class ArchiveFile {
 public:
-    explicit ArchiveFile(const QByteArray& path) : m_file(path.constData(), std::ios::binary)
+    explicit ArchiveFile(const QByteArray& path)
     {
-        m_file.seekg(0, std::ios::end);
-        m_size = m_file ? static_cast<quint64>(m_file.tellg()) : 0;
+        // Whatever has the name by now: a pipe would not let go of us.
+        const int descriptor = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        struct stat status = {};
+        if (descriptor == -1 || ::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode) ||
+            !m_file.open(descriptor, QIODevice::ReadOnly | QIODevice::Unbuffered, QFileDevice::AutoCloseHandle)) {
+            if (descriptor != -1)
+                ::close(descriptor);
+            return;
+        }
+        m_size = static_cast<quint64>(status.st_size);
     }
 
     /// Nothing if the part is not in the file. The size is one that fits into memory.
@@ -61,13 +72,12 @@ public:
         if (offset > m_size || size > m_size - offset)
             return std::nullopt;
         QByteArray bytes(static_cast<int>(size), Qt::Uninitialized);
-        m_file.seekg(static_cast<std::streamoff>(offset));
-        m_file.read(bytes.data(), bytes.size());
-        return m_file ? std::optional(bytes) : std::nullopt;
+        const bool isRead = m_file.seek(static_cast<qint64>(offset)) && m_file.read(bytes.data(), size) == bytes.size();
+        return isRead ? std::optional(bytes) : std::nullopt;
     }
 
 private:
-    std::ifstream m_file;
+    QFile m_file;
     quint64 m_size = 0;
 };
 

@@ -22,10 +22,12 @@ qint64 StreamCopy::exec(QIODevice& destination, QIODevice& source, qint64 maxByt
     if (maxBytes == 0)
         maxBytes = std::numeric_limits<qint64>::max();
 
-    const qint64 largest = std::min({m_chunkSize, maxBytes, LargestRead});
-    QByteArray chunk(int(std::max<qint64>(0, largest)), Qt::Uninitialized);
+    const qint64 largest = std::max<qint64>(0, std::min({m_chunkSize, maxBytes, LargestRead}));
+    QByteArray chunk;
     qint64 copied = 0;
     while (!source.atEnd() && copied < maxBytes) {
+        if (chunk.size() < largest)
+            chunk = QByteArray(int(largest), Qt::Uninitialized); // once, and not for an empty source
         const qint64 size = source.read(chunk.data(), std::min(largest, maxBytes - copied));
         if (size < 0)
             break;

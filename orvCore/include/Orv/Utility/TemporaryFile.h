@@ -7,8 +7,8 @@
 namespace Orv::Utility {
 
 /// A `QTemporaryFile` that removes its file as soon as it is closed, not only when the object goes; unless
-/// `autoRemove()` is off. An object serves one file: one that it opens after that is only closed by `close()`, and goes
-/// with the object.
+/// `autoRemove()` is off. An object serves one file: one that it opens after a `close()` is only closed by the next
+/// one, and goes with the object. `rename()` closes too: switch `autoRemove()` off before.
 class ORV_EXPORT TemporaryFile : public QTemporaryFile {
     Q_OBJECT
 
