@@ -13,6 +13,7 @@ namespace Orv::Exception {
 /// The base of the family, and what the library itself throws.
 class ORV_EXPORT Base : public std::exception {
 public:
+    /// `message` is for people.
     explicit Base(const QString& message);
     ~Base() override;
 
@@ -31,6 +32,7 @@ private:
 /// Input data is malformed or inconsistent.
 class ORV_EXPORT InvalidData : public Base {
 public:
+    /// As for `Base`.
     explicit InvalidData(const QString& message);
     ~InvalidData() override;
 };
@@ -38,6 +40,7 @@ public:
 /// An operation was cancelled.
 class ORV_EXPORT Canceled : public Base {
 public:
+    /// As for `Base`.
     explicit Canceled(const QString& message);
     ~Canceled() override;
 };

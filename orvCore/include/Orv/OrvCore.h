@@ -1,6 +1,8 @@
 #pragma once
 
+/// \file
 /// Includes every other header of the library.
+
 #include <Orv/Core/Compression.h>
 #include <Orv/Core/Encryption/Algorithm.h>
 #include <Orv/Core/Encryption/EncryptorBase.h>
@@ -42,3 +44,23 @@
 #include <Orv/Utility/TemporaryFile.h>
 #include <Orv/Utility/TimeDuration.h>
 #include <Orv/Utility/Uuid2String.h>
+
+/// \namespace Orv
+/// The library. Outside of it are the functions that Qt, the system or the logging back end call back, the categories
+/// of the debug streams, and the lock probe, which are in the global namespace, and `Extensions`.
+
+/// \namespace Orv::Core
+/// What the product is, shared settings, and the hash tree.
+
+/// \namespace Orv::Core::FS
+/// Snapshots of files.
+
+/// \namespace Orv::Utility
+/// Files, links and times, texts for people, and services of the host.
+
+/// \namespace Orv::Utitlity
+/// Exact forms that are exchanged with other programs, random data, and the package check. The spelling is kept:
+/// clients are compiled against it.
+
+/// \namespace Extensions
+/// Additions to the language's arithmetic.

@@ -24,6 +24,7 @@ public:
 
     /// The instance that the process shares, made with the defaults on the first call.
     static QSharedPointer<GlobalConfig> instancePtr();
+    /// The same, by reference.
     static GlobalConfig& instance();
 
     /// A new instance with the defaults, independent of the shared one, to stand in for it.
@@ -50,28 +51,37 @@ public:
     /// Default: empty.
     virtual const QString& pluginPath() const = 0;
 
+    /// Stored as given.
     virtual void setUsePax(bool use) = 0;
     /// 0 is stored as 1.
     virtual void setRetryCount(unsigned int count) = 0;
     /// 0 is stored as 1.
     virtual void setRetryTimeout(unsigned int timeout) = 0;
+    ///@{
+    /// Stored as given.
     virtual void setPaxEndpoint(const QString& endpoint) = 0;
     virtual void setPluginPath(const QString& path) = 0;
+    ///@}
     /// Stores both, the name also when `load` is false.
     virtual void setLoadCloudPlugin(bool load, const QString& name) = 0;
     /// Stores any value, also 0.
     virtual void setSpecialRetryCount(unsigned int count) = 0;
 
+    ///@{
+    /// Settings of TLS, stored as given. Texts are empty by default.
     virtual void setSslCertificatePath(const QString& path) = 0;
     virtual const QString& sslCertificatePath() const = 0;
     virtual void setSslCertificateInfo(const QString& info) = 0;
     virtual const QString& sslCertificateInfo() const = 0;
     virtual void setSslTrustedCertificate(const QString& certificate) = 0;
+    ///@}
     /// What `setSslTrustedCertificate` stored. The spelling is kept: clients call it so.
     virtual const QString& sslTrustedSertificate() const = 0;
+    /// Stored as given.
     virtual void setSslEnableVerifyPeer(bool enable) = 0;
     /// Default: false.
     virtual bool sslEnableVerifyPeer() const = 0;
+    /// Stored as given.
     virtual void setHasSslUpdateCache(bool has) = 0;
     /// Default: false.
     virtual bool hasSslUpdateCache() const = 0;

@@ -14,13 +14,16 @@ namespace Orv::Core {
 /// The root of a subtree: a raw digest (not hex) and its height, 0 for a leaf.
 class ORV_EXPORT LiveHashTreeNode {
 public:
+    /// A leaf: the raw digest of a part of the stream.
     explicit LiveHashTreeNode(const QByteArray& hash);
     virtual ~LiveHashTreeNode();
 
     /// The hash of a parent from the hashes of its children.
     virtual QByteArray concatenateHashes(const QByteArray& left, const QByteArray& right) const = 0;
 
+    /// The height: 0 for a leaf.
     int level() const { return m_level; }
+    /// The raw digest.
     const QByteArray& hash() const { return m_hash; }
 
     /// Becomes the parent of what it was, on the left, and of `right`: one level higher.
@@ -70,6 +73,7 @@ public:
     /// Folds what is pending into the root. Without any leaf, logs an error and throws; the tree then goes on
     /// collecting.
     void finish();
+    /// Whether `finish()` has been called with success since the last `reset()`.
     bool finished() const { return m_finished; }
     /// The root's hash. Throws before `finish()`.
     QByteArray getFinalHash() const;

@@ -10,7 +10,12 @@ namespace Orv::Core {
 class ORV_EXPORT Platform {
 public:
     /// The numbers are exchanged with other programs.
-    enum Type : qint32 { Windows = 0, Linux = 1, MacOS = 2, Unknown = 3 };
+    enum Type : qint32 {
+        Windows = 0, ///< any Windows
+        Linux = 1,   ///< any Linux
+        MacOS = 2,   ///< macOS
+        Unknown = 3, ///< none of these
+    };
 
     /// Always `MacOS`, the product's home, also in a build for another system.
     static Type current();

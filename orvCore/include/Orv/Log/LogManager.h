@@ -28,6 +28,7 @@ namespace Orv {
 /// The setters are not thread-safe and only store; `init()` and `reconfigure()` apply. Logging from any thread is safe.
 class ORV_EXPORT LogManager {
 public:
+    /// How much is written.
     enum LogLevel : qint32 {
         Disabled = 0, ///< the log is off; a shadow log stays on
         Info = 1,     ///< all but debug lines and information in high detail
@@ -35,6 +36,7 @@ public:
         Debug = 3,    ///< all
     };
 
+    /// The one of the process. It is never destroyed.
     static LogManager& instance();
     LogManager(const LogManager&) = delete;
     LogManager& operator=(const LogManager&) = delete;
@@ -55,17 +57,22 @@ public:
     void setDebug(bool enable);
     /// The folder of the log file. Empty means the root of the file system.
     void setLogPath(const QString& path);
+    /// What is written, debug lines included: see `setDebug`. Without a call it is as `Info`.
     void setLogLevel(LogLevel level);
     /// Whether there is a shadow log. It needs a path too. Default: false.
     void setEnableShadow(bool enable);
     /// The full path of the shadow log's file.
     void setShadowFilePath(const QString& path);
 
+    /// Whether the options have been applied.
     bool isInit() const { return m_isInit; }
+    ///@{
+    /// What was set.
     bool isDebug() const { return m_debug; }
     bool isVerbose() const { return m_verbose; }
     bool enableShadow() const { return m_enableShadow; }
     QString shadowFilePath() const { return m_shadowFilePath; }
+    ///@}
 
     /// Applies the options, unless that has been done. Returns true.
     bool init();

@@ -34,13 +34,17 @@ public:
     /// `name` is not copied: it has to live as long as the object.
     explicit OrvDebug(const char* name);
 
+    /// A debug line, in the category of `orvLogDebug()`.
     QDebug debug() const;
     /// As `debug()`, with the stream's verbosity at 0, the least.
     QDebug debugOnly() const;
+    /// Ordinary information, in the category of `orvLogInfo0()`.
     QDebug info() const;
+    /// Information in high detail, in the category of `orvLogInfoH()`.
     QDebug infoH() const;
-    /// In the default category, as `critical()` and `error()`.
+    /// A warning, in the default category, as `critical()` and `error()`.
     QDebug warning() const;
+    /// An error.
     QDebug critical() const;
     /// The same severity as `critical()`.
     QDebug error() const;

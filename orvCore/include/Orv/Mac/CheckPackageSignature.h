@@ -9,7 +9,8 @@
 
 namespace Orv::Utitlity {
 
-/// Says whether an installer package, a xar archive, is signed by somebody the system trusts.
+/// Says whether an installer package, a xar archive (https://github.com/mackyle/xar/wiki/xarformat), is signed by
+/// somebody the system trusts.
 ///
 /// It judges the certificates in the archive's signature, not the signature itself: that the package is what was signed
 /// is for the installer to check.
@@ -18,6 +19,7 @@ namespace Orv::Utitlity {
 /// back. An archive that cannot be used is logged as a warning with its path.
 class ORV_EXPORT CheckPackageSignature {
 public:
+    /// What is found out about a package.
     enum Result : qint32 {
         Trusted = 0,        ///< there are certificates, and their chain is trusted
         NoPackage = 1,      ///< there is no regular file with this path; not logged
@@ -36,7 +38,8 @@ public:
 
     /// Whether the chain of these certificates leads to one of the system's anchors today: on macOS by the Security
     /// framework under the basic X.509 policy, elsewhere by OpenSSL with its default anchors and no purpose demanded. A
-    /// user's own "always trust" does not count. The verdict is logged as a debug record.
+    /// user's own "always trust" does not count. The verdict is logged as a debug record. If they could not be taken
+    /// out, the result is that of `getPemList()`.
     ///
     /// On macOS the calling thread may be blocked by the network.
     Result check_();

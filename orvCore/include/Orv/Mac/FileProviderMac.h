@@ -23,6 +23,7 @@ class ORV_EXPORT FileProviderMac : public QObject {
     Q_OBJECT
 
 public:
+    /// Where a file's content is.
     enum DownloadingStatus : int {
         Current = 0,       ///< downloaded, and the newest version
         Downloaded = 1,    ///< downloaded, though the cloud has a newer version
@@ -30,6 +31,7 @@ public:
         Unknown = 3,       ///< not in the cloud drive, or the system does not tell
     };
 
+    /// For the file at `path`, which need not exist.
     explicit FileProviderMac(const QString& path, QObject* parent = nullptr);
     ~FileProviderMac() override;
 

@@ -15,6 +15,7 @@ public:
     DSTSafe();
     /// The wall-clock date and time of `dt`, whatever its time spec. Implicit: the one stands for the other.
     DSTSafe(const QDateTime& dt);
+    /// Of `v.toDateTime()`.
     static DSTSafe fromVariant(const QVariant& v);
 
     /// `dt` if it is valid. A time in a gap is moved on by the daylight-saving offset of the next change of the zone:
@@ -24,8 +25,11 @@ public:
     /// invalid values do.
     static QDateTime check(const QDateTime& dt);
 
+    ///@{
+    /// Replaces one half. Returns the object.
     DSTSafe& setTime(const QTime& time);
     DSTSafe& setDate(const QDate& date);
+    ///@}
 
     /// As local time, checked.
     QDateTime toQDateTime() const;

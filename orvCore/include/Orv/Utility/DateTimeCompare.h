@@ -13,18 +13,23 @@ namespace Orv::Utility {
 /// as `QDateTime` compares them.
 class ORV_EXPORT DateTimeCompare {
 public:
+    /// How precise the comparison is.
     enum Mode : qint32 {
         Precise = 0, ///< as they are; what every other value means too
         Minutes = 1, ///< without seconds and milliseconds
         Seconds = 2, ///< without milliseconds
     };
 
+    /// Compares at the precision `mode`.
     explicit DateTimeCompare(Mode mode) : m_mode(mode) { }
 
+    ///@{
+    /// The result of the comparison; `orEqual`: whether equal values count, too.
     bool equal(const QDateTime& a, const QDateTime& b) const;
     bool notEqual(const QDateTime& a, const QDateTime& b) const;
     bool less(const QDateTime& a, const QDateTime& b, bool orEqual) const;
     bool greater(const QDateTime& a, const QDateTime& b, bool orEqual) const;
+    ///@}
 
 private:
     QDateTime truncated(const QDateTime& x) const;

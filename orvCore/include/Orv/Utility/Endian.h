@@ -20,6 +20,8 @@ namespace Orv::Utitlity {
 /// No state, no logging, no exceptions but for lack of memory. Safe on distinct arrays from any thread.
 class ORV_EXPORT Endian {
 public:
+    ///@{
+    /// Writes the integer at `offset`, the least significant byte first.
     static void WriteBytesLittleEndian(unsigned short value, QByteArray& data, int offset)
     {
         write(qToLittleEndian(value), data, offset);
@@ -44,7 +46,10 @@ public:
     {
         write(qToLittleEndian(value), data, offset);
     }
+    ///@}
 
+    ///@{
+    /// Writes the integer at `offset`, the most significant byte first.
     static void WriteBytesBigEndian(unsigned short value, QByteArray& data, int offset)
     {
         write(qToBigEndian(value), data, offset);
@@ -69,7 +74,10 @@ public:
     {
         write(qToBigEndian(value), data, offset);
     }
+    ///@}
 
+    ///@{
+    /// Reads the integer at `offset`, the least significant byte first.
     static unsigned short ToUInt16LittleEndian(const QByteArray& data, int offset)
     {
         return qFromLittleEndian(read<unsigned short>(data, offset));
@@ -94,7 +102,10 @@ public:
     {
         return qFromLittleEndian(read<long long>(data, offset));
     }
+    ///@}
 
+    ///@{
+    /// Reads the integer at `offset`, the most significant byte first.
     static unsigned short ToUInt16BigEndian(const QByteArray& data, int offset)
     {
         return qFromBigEndian(read<unsigned short>(data, offset));
@@ -116,6 +127,7 @@ public:
     {
         return qFromBigEndian(read<long long>(data, offset));
     }
+    ///@}
 
     /// Writes the 16 bytes of the Windows layout of a GUID: its first three fields (4, 2 and 2 bytes) in little-endian
     /// order, then the other eight bytes as they are in RFC 4122. {00112233-4455-6677-8899-aabbccddeeff} becomes

@@ -30,9 +30,11 @@ public:
     QString endpoint() const { return m_endpoint; }
     /// The normal form with "https:" or "http:" before it; the address itself after an error.
     QString endpointWithScheme() const;
+    /// Whether to use TLS.
     bool useSsl() const { return m_useSsl; }
     /// Decides on the scheme of `endpointWithScheme()`.
     void setUseSsl(bool useSsl) { m_useSsl = useSsl; }
+    /// Whether the last address could not be read.
     bool hasError() const { return m_hasError; }
     /// "Can't parse endpoint" after an error, else null.
     const QString& lastErrorMessage() const { return m_lastErrorMessage; }

@@ -7,6 +7,7 @@
 
 namespace Orv::Utility {
 
+/// Sets a file's times, as a restore does. Stateless.
 class ORV_EXPORT FileInfo {
 public:
     /// Sets the times of the last modification and of the last access of `path` to `time`, in whole seconds from 1970

@@ -4,8 +4,9 @@
 
 #include <QtGlobal>
 
-// Whether any process holds a write lock on a file, as the kernel lists it in "/proc/locks". The answer may be outdated
-// as soon as it is given. Systems without that list give -2. Nothing is logged. Thread-safe.
+/// \file
+/// Whether any process holds a write lock on a file, as the kernel lists it in "/proc/locks". The answer may be
+/// outdated as soon as it is given. Systems without that list give -2. Nothing is logged. Thread-safe.
 
 /// As `file_wr_check_ino` for the file at `name`; -1 if there is none.
 ORV_EXPORT int file_wr_check_name(const char* name);

@@ -27,6 +27,7 @@ class ORV_EXPORT CustomSystemAndHiddenCheck {
 public:
     /// `path` is not copied: it has to live as long as the object.
     explicit CustomSystemAndHiddenCheck(const QString& path) : m_path(path) { }
+    /// The answer for the path as it is now.
     bool is() const;
 
 private:

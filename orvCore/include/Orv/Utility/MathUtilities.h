@@ -9,16 +9,19 @@ namespace Extensions {
 /// caller's errors (the unsigned sum wraps).
 class MathUtilities {
 public:
+    ///@{
     /// The next multiple, or the value if it is one.
     static constexpr long long RoundUp(long long value, long long multiple)
     {
         return (value + multiple - 1) / multiple * multiple;
     }
     static constexpr int RoundUp(int value, int multiple) { return (value + multiple - 1) / multiple * multiple; }
+    ///@}
 
     /// The multiple before, or the value if it is one.
     static constexpr int RoundDown(int value, int multiple) { return value / multiple * multiple; }
 
+    ///@{
     /// How many times `divisor` holds `value`: the quotient, rounded up.
     static constexpr int Ceil(int value, int divisor) { return (value + divisor - 1) / divisor; }
     static constexpr unsigned int Ceil(unsigned int value, unsigned int divisor)
@@ -26,6 +29,7 @@ public:
         return (value + divisor - 1) / divisor;
     }
     static constexpr long long Ceil(long long value, long long divisor) { return (value + divisor - 1) / divisor; }
+    ///@}
 };
 
 } // namespace Extensions

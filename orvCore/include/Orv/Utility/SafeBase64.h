@@ -12,6 +12,7 @@ namespace Orv::Utitlity {
 /// lack of memory.
 class ORV_EXPORT SafeBase64 {
 public:
+    /// A view of `data`: bytes for `to()`, safe text for `from()`.
     explicit SafeBase64(const QByteArray& data) : m_data(data) { }
 
     /// The safe text of the bytes.

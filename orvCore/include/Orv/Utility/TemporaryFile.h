@@ -17,6 +17,7 @@ public:
     TemporaryFile(const QString& templateName, QObject* parent);
     ~TemporaryFile() override;
 
+    /// Closes the file and removes it.
     void close() override;
 
 private:

@@ -6,9 +6,11 @@
 
 namespace Orv::Utility {
 
+/// Durations as texts for people. Stateless.
 class ORV_EXPORT TimeDuration {
 public:
-    /// A duration as "hh:mm:ss", and from a day on with the number of days before it: "1.01:01:01" for 90061.
+    /// A duration in seconds as "hh:mm:ss", and from a day on with the number of days before it: "1.01:01:01" for
+    /// 90061.
     ///
     /// Days and time are those of the local calendar, counted from the beginning of today. So on a day with a
     /// daylight-saving change, durations of a day and more differ from plain arithmetic by the hour that the day is

@@ -27,11 +27,13 @@ public:
     /// A new encryptor, owned by the caller; null for `None` and for values outside the enumeration.
     static EncryptorBase* create(Algorithm algorithm, bool encrypt, Type type);
 
+    /// Encrypts if `encrypt` is set, else decrypts. For the classes that know a cipher; others call `create`.
     EncryptorBase(Algorithm algorithm, bool encrypt, Type type);
     virtual ~EncryptorBase();
     EncryptorBase(const EncryptorBase&) = delete;
     EncryptorBase& operator=(const EncryptorBase&) = delete;
 
+    /// What the object was made for.
     Algorithm algorithm() const { return m_algorithm; }
 
     /// The device to read from. It is shared, has to be open, and is neither opened nor closed here.
@@ -43,6 +45,7 @@ public:
     /// The IV. An empty one with `Cbc` appends a random IV to the stored one (which is empty at first), to be read
     /// from `iv()` and kept for decryption. `Ecb` stores whatever is given and does not use it.
     void setIv(const QByteArray& iv);
+    /// The stored IV, raw bytes.
     const QByteArray& iv() const { return m_iv; }
 
     /// Makes the cipher from the key and the IV set before. False if the type is neither `Cbc` nor `Ecb`. Throws the
@@ -73,11 +76,17 @@ public:
     bool atEnd() const { return m_buffer.isEmpty() && m_finished; }
 
 protected:
+    ///@{
+    /// For the cipher classes: what was set.
     const QByteArray& key() const { return m_key; }
     bool isEncrypting() const { return m_encrypt; }
     Type type() const { return m_type; }
+    ///@}
+    /// Where `init()` of a cipher class puts the keyed mode, before it calls the one here.
     StreamTransformation& transformation() { return *m_transformation; }
+    /// The cipher's block size in bytes. Each cipher class sets it in its constructor.
     void setBlockSize(unsigned short size) { m_blockSize = size; }
+    /// Appends `size` random bytes to the stored IV. Without a random source, throws the cipher library's exception.
     void appendRandomIv(unsigned short size);
 
 private:
