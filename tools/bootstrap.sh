@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what building and testing need and what is missing. Says nothing when nothing is.
-# usage: tools/bootstrap.sh [abi] [benchmarks] [fuzz] [lint]    also what these need
+# usage: tools/bootstrap.sh [abi] [benchmarks] [docs] [fuzz] [lint]    also what these need
 set -euo pipefail
 
 debian_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libcrypto++-dev libeasyloggingpp-dev
@@ -22,6 +22,10 @@ for purpose in "$@"; do
     fuzz)
         debian_packages+=(clang libclang-rt-dev llvm)
         brew_formulas+=(llvm)
+        ;;
+    docs)
+        debian_packages+=(doxygen doxygen-awesome-css)
+        brew_formulas+=(doxygen)
         ;;
     *)
         echo "$0 knows nothing of \"$purpose\"" >&2
