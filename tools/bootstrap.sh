@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what building and testing need and what is missing. Says nothing when nothing is.
-# usage: tools/bootstrap.sh [abi] [benchmarks] [docs] [fuzz] [lint]    also what these need
+# usage: tools/bootstrap.sh [abi] [benchmarks] [docs] [fuzz] [lint] [packages]    also what these need
 set -euo pipefail
 
 debian_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libcrypto++-dev libeasyloggingpp-dev
@@ -26,6 +26,9 @@ for purpose in "$@"; do
     docs)
         debian_packages+=(doxygen doxygen-awesome-css)
         brew_formulas+=(doxygen)
+        ;;
+    packages)
+        debian_packages+=(dpkg-dev debootstrap)
         ;;
     *)
         echo "$0 knows nothing of \"$purpose\"" >&2
