@@ -17,8 +17,8 @@ public:
 
     /// The safe text of the bytes.
     QByteArray to() const;
-    /// The bytes of the safe text. A "/" is read as "~"; other characters that safe text does not have are skipped, a "+"
-    /// among them.
+    /// The bytes of the safe text. A "/" is read as "~"; other characters that safe text does not have are skipped, a
+    /// "+" among them.
     QByteArray from() const;
 
 private:
