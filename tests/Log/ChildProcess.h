@@ -1,8 +1,7 @@
 #pragma once
 
-#include <QByteArray>
-#include <QFile>
-#include <QString>
+#include "Files.h"
+
 #include <QStringList>
 
 #include <gtest/gtest.h>
@@ -42,12 +41,6 @@ inline Ending runInChild(const std::function<void()>& work, const QString& outpu
     if (WIFSIGNALED(status))
         ending.signal = WTERMSIG(status);
     return ending;
-}
-
-inline QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 inline QStringList linesOf(const QString& path)

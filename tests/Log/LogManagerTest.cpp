@@ -6,13 +6,13 @@
 
 #include <QDir>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <fstream>
 #include <thread>
 
 #include <sys/resource.h>
@@ -27,25 +27,37 @@ namespace {
 
 class LogManagerTest : public testing::Test {
 protected:
-    QString path(const QString& name) const { return m_folder.filePath(name); }
-    QString log() const { return path(QStringLiteral("log_DOV_LOG.log")); }
+    QString path(const QString& name) const { return QDir(m_folder.path()).filePath(name); }
+    QString log(const QString& folder = QString()) const
+    {
+        return QDir(path(folder)).filePath(QStringLiteral("log_DOV_LOG.log"));
+    }
     QString shadow() const { return path(QStringLiteral("shadow.log")); }
     QString output() const { return path(QStringLiteral("output")); }
 
-    /// Sets the log up in the test's folder, with the file on.
-    LogManager& manager() const
+    /// The only log that was moved aside.
+    QString moved(const QString& folder = QString()) const
+    {
+        const QDir place(path(folder));
+        const QStringList names = place.entryList({QStringLiteral("log_DOV_LOG_*.log")});
+        EXPECT_EQ(names.size(), 1);
+        return place.filePath(names.value(0));
+    }
+
+    /// Sets the log up in the test's folder or one below it, with the file on.
+    LogManager& manager(const QString& folder = QString()) const
     {
         LogManager& manager = LogManager::instance();
-        manager.setLogPath(m_folder.path());
+        manager.setLogPath(path(folder));
         manager.setOutToFile(true);
         return manager;
     }
 
-    LogManager& managerWithShadow() const
+    LogManager& managerWithShadow(const QString& folder = QString()) const
     {
-        manager().setEnableShadow(true);
-        manager().setShadowFilePath(shadow());
-        return manager();
+        manager(folder).setEnableShadow(true);
+        manager(folder).setShadowFilePath(shadow());
+        return manager(folder);
     }
 
     /// The lines of a log without the date and time, which are checked here, and with N for the number of the thread,
@@ -65,6 +77,9 @@ protected:
 
     QTemporaryDir m_folder;
 };
+
+const QByteArray FullLog(2097152, 'x');
+const QString Folder = QStringLiteral("folder");
 
 void inThreads(int count, const std::function<void()>& work)
 {
@@ -121,10 +136,8 @@ TEST_F(LogManagerTest, LevelsDecideWhatIsWritten)
         EXPECT_EQ(entries(log()), expected);
     }
     EXPECT_THAT(contentOf(output()).toStdString(), IsEmpty());
-}
 
-TEST_F(LogManagerTest, DebugSwitch)
-{
+    QFile::remove(log());
     expectInChild([&] {
         manager().setLogLevel(LogManager::Debug);
         manager().setDebug(false);
@@ -132,27 +145,25 @@ TEST_F(LogManagerTest, DebugSwitch)
         manager().init();
         logAllSeverities();
     });
-    EXPECT_EQ(entries(log()).size(), 5u) << "high detail stays, debug lines go";
+    EXPECT_EQ(entries(log()), high) << "high detail stays, debug lines go";
 }
 
 TEST_F(LogManagerTest, NothingIsWrittenUnlessAsked)
 {
     const auto run = [this] {
         expectInChild(
-            [&] {
-                LogManager& log = manager();
-                log.setOutToFile(false);
-                log.init();
+            [this] {
+                manager().setOutToFile(false);
+                LogManager::instance().init();
                 logAllSeverities();
             },
             output());
     };
     run();
     EXPECT_FALSE(QFile::exists(log()));
-    const QByteArray old(2097152, 'x');
-    std::ofstream(log().toStdString()) << old.constData();
+    writeFile(log(), FullLog);
     run();
-    EXPECT_EQ(contentOf(log()), old) << "a full log that is not in use stays as it is";
+    EXPECT_EQ(contentOf(log()), FullLog) << "a full log that is not in use stays as it is";
     EXPECT_THAT(entries(output()), IsEmpty());
 }
 
@@ -240,7 +251,7 @@ TEST_F(LogManagerTest, ShadowGetsEveryEntryOnce)
     EXPECT_EQ(contentOf(output()).count("[ERROR]: error"), 1) << "the shadow log stays off the screen";
 }
 
-TEST_F(LogManagerTest, ShadowStaysOnWhenTheLogIsDisabled)
+TEST_F(LogManagerTest, FatalIsInEachLogBeforeTheEnd)
 {
     const Ending ending = runInChild([&] {
         managerWithShadow().setLogLevel(LogManager::InfoHigh);
@@ -253,6 +264,15 @@ TEST_F(LogManagerTest, ShadowStaysOnWhenTheLogIsDisabled)
     EXPECT_EQ(ending.signal, SIGABRT);
     EXPECT_THAT(entries(log()), IsEmpty());
     EXPECT_THAT(entries(shadow()), ElementsAre("[INFO]: [ a ] [ N ] whole text", "[FATAL]: the end"));
+
+    QFile::remove(shadow());
+    EXPECT_EQ(runInChild([this] {
+        managerWithShadow().init();
+        messageHandlerShadow(QtFatalMsg, QMessageLogContext(), QStringLiteral("the end"));
+    }).signal,
+        SIGABRT);
+    EXPECT_THAT(entries(log()), ElementsAre("[FATAL]: the end"));
+    EXPECT_THAT(entries(shadow()), ElementsAre("[FATAL]: the end"));
 }
 
 TEST_F(LogManagerTest, ShadowWithoutAPathIsNone)
@@ -268,124 +288,65 @@ TEST_F(LogManagerTest, ShadowWithoutAPathIsNone)
     EXPECT_THAT(QDir(m_folder.path()).entryList(QDir::Files), ElementsAre(QStringLiteral("log_DOV_LOG.log")));
 }
 
-TEST_F(LogManagerTest, FatalIsInBothLogsBeforeTheEnd)
-{
-    const Ending ending = runInChild([&] {
-        managerWithShadow().init();
-        messageHandlerShadow(QtFatalMsg, QMessageLogContext(), QStringLiteral("the end"));
-    });
-    EXPECT_EQ(ending.signal, SIGABRT);
-    EXPECT_THAT(entries(log()), ElementsAre("[FATAL]: the end"));
-    EXPECT_THAT(entries(shadow()), ElementsAre("[FATAL]: the end"));
-}
-
-TEST_F(LogManagerTest, FullLogIsMovedAside)
-{
-    const QByteArray text(1000, 'x');
-    expectInChild([&] {
-        managerWithShadow().init();
-        inThreads(4, [&text] {
-            for (int i = 0; i < 600; ++i)
-                qInfo("%s", text.constData());
-        });
-    });
-    const QStringList files = QDir(m_folder.path()).entryList({QStringLiteral("log_DOV_LOG_*.log")});
-    ASSERT_EQ(files.size(), 1);
-    EXPECT_TRUE(QRegularExpression(QStringLiteral("^log_DOV_LOG_\\d{14}\\.log$")).match(files.first()).hasMatch());
-    const auto old = entries(path(files.first()));
-    const auto current = entries(log());
-    EXPECT_EQ(old.size() + current.size(), 2400u);
-    EXPECT_GE(QFileInfo(path(files.first())).size(), 2097152);
-    const std::string whole = "[INFO]: " + text.toStdString();
-    for (const auto& lines : {old, current, entries(shadow())})
-        EXPECT_THAT(lines, testing::Each(whole));
-    EXPECT_EQ(entries(shadow()).size(), 2400u);
-}
-
 TEST_F(LogManagerTest, EntryThatFillsTheLogIsTheLastInIt)
 {
-    for (const int size : {2097152, 3000}) {
-        const QByteArray text(size, 'x');
+    for (const int size : {FullLog.size(), 3000}) {
+        const QByteArray text = FullLog.left(size);
         expectInChild([&] {
             manager().init();
-            for (qint64 written = 0; written < 2097152; written += size) {
+            for (qint64 written = 0; written < FullLog.size(); written += size) {
                 qInfo("%s", text.constData());
-                ASSERT_LT(QFileInfo(log()).size(), 2097152) << "not moved aside at once";
+                ASSERT_LT(QFileInfo(log()).size(), FullLog.size()) << "not moved aside at once";
             }
         });
-        const QStringList moved = QDir(m_folder.path()).entryList({QStringLiteral("log_DOV_LOG_*.log")});
-        ASSERT_FALSE(moved.isEmpty());
-        EXPECT_GE(QFileInfo(path(moved.last())).size(), 2097152);
+        const QString old = moved();
+        EXPECT_TRUE(QRegularExpression(QStringLiteral("/log_DOV_LOG_\\d{14}\\.log$")).match(old).hasMatch());
+        EXPECT_GE(QFileInfo(old).size(), FullLog.size());
+        EXPECT_THAT(entries(old), testing::Each("[INFO]: " + text.toStdString()));
+        QFile::remove(old);
     }
 }
 
 TEST_F(LogManagerTest, LogThatIsFullFromBeforeIsMovedAside)
 {
-    const QByteArray old(2097152, 'x');
-    std::ofstream(log().toStdString()) << old.constData();
+    writeFile(log(), FullLog);
     expectInChild([&] {
         manager().init();
         qInfo("new");
         manager().reconfigure();
     });
     EXPECT_THAT(entries(log()), ElementsAre("[INFO]: new"));
-    const QStringList files = QDir(m_folder.path()).entryList({QStringLiteral("log_DOV_LOG_*.log")});
-    ASSERT_EQ(files.size(), 1);
-    EXPECT_EQ(contentOf(path(files.first())), old);
-}
-
-TEST_F(LogManagerTest, MissingFolderIsMade)
-{
-    const QString folder = path(QStringLiteral("a/b"));
-    expectInChild([&] {
-        LogManager& log = manager();
-        log.setLogPath(folder);
-        log.init();
-        qInfo("text");
-    });
-    EXPECT_THAT(entries(folder + QStringLiteral("/log_DOV_LOG.log")), ElementsAre("[INFO]: text"));
+    EXPECT_EQ(contentOf(moved()), FullLog);
 }
 
 TEST_F(LogManagerTest, GoesOnWhenTheFolderCanBeMadeAgain)
 {
     // A file stands where the folder has to be: nothing can be made there, not even by root.
-    const QString folder = path(QStringLiteral("folder"));
-    const Ending ending = runInChild([&] {
-        QFile obstacle(folder);
-        obstacle.open(QIODevice::WriteOnly);
-        obstacle.close();
-        LogManager& log = managerWithShadow();
-        log.setLogPath(folder);
-        log.init();
+    expectInChild([&] {
+        writeFile(path(Folder), {});
+        managerWithShadow(Folder + QStringLiteral("/below")).init();
         qInfo("lost");
-        obstacle.remove();
+        QFile::remove(path(Folder));
         qInfo("written");
     });
-    EXPECT_EQ(ending.exitCode, 0);
-    EXPECT_THAT(entries(folder + QStringLiteral("/log_DOV_LOG.log")), ElementsAre("[INFO]: written"));
+    EXPECT_THAT(entries(log(Folder + QStringLiteral("/below"))), ElementsAre("[INFO]: written"));
     EXPECT_THAT(entries(shadow()), ElementsAre("[INFO]: lost", "[INFO]: written"));
 }
 
 TEST_F(LogManagerTest, FullLogSurvivesUntilItsFolderIsBack)
 {
-    const QString folder = path(QStringLiteral("folder"));
     const QString away = path(QStringLiteral("away"));
-    const QByteArray old(2097152, 'x');
     ASSERT_TRUE(QDir().mkpath(away));
-    std::ofstream((away + QStringLiteral("/log_DOV_LOG.log")).toStdString()) << old.constData();
+    writeFile(log(QStringLiteral("away")), FullLog);
     expectInChild([&] {
-        EXPECT_TRUE(QFile(folder).open(QIODevice::WriteOnly)); // in the place of the folder
-        LogManager& log = manager();
-        log.setLogPath(folder);
-        log.init();
+        writeFile(path(Folder), {}); // in the place of the folder
+        manager(Folder).init();
         qInfo("lost");
-        EXPECT_TRUE(QFile::remove(folder) && QFile::rename(away, folder));
+        EXPECT_TRUE(QFile::remove(path(Folder)) && QFile::rename(away, path(Folder)));
         qInfo("written");
     });
-    EXPECT_THAT(entries(folder + QStringLiteral("/log_DOV_LOG.log")), ElementsAre("[INFO]: written"));
-    const QStringList moved = QDir(folder).entryList({QStringLiteral("log_DOV_LOG_*.log")});
-    ASSERT_EQ(moved.size(), 1);
-    EXPECT_EQ(contentOf(folder + QLatin1Char('/') + moved.first()), old);
+    EXPECT_THAT(entries(log(Folder)), ElementsAre("[INFO]: written"));
+    EXPECT_EQ(contentOf(moved(Folder)), FullLog);
 }
 
 TEST_F(LogManagerTest, DeletedLogsAreMadeAgain)
@@ -403,20 +364,18 @@ TEST_F(LogManagerTest, DeletedLogsAreMadeAgain)
 
 TEST_F(LogManagerTest, SeveralThreadsAndNoPlaceForEitherLog)
 {
-    const QString obstacle = path(QStringLiteral("obstacle"));
-    ASSERT_TRUE(QFile(obstacle).open(QIODevice::WriteOnly));
+    writeFile(path(Folder), {});
     expectInChild([&] {
         EXPECT_TRUE(QDir::setCurrent(m_folder.path()));
-        LogManager& log = managerWithShadow();
-        log.setLogPath(obstacle + QStringLiteral("/one/two"));
-        log.setShadowFilePath(obstacle + QStringLiteral("/three/four/shadow.log"));
-        log.init();
+        managerWithShadow(Folder + QStringLiteral("/one/two"));
+        LogManager::instance().setShadowFilePath(path(Folder + QStringLiteral("/three/four/shadow.log")));
+        LogManager::instance().init();
         inThreads(4, [] {
             for (int i = 0; i < 200; ++i)
                 qInfo("lost");
         });
     });
-    EXPECT_EQ(QDir(m_folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList("obstacle"));
+    EXPECT_EQ(QDir(m_folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList(Folder));
 }
 
 TEST_F(LogManagerTest, ConfiguredAnewWhileThreadsLog)
@@ -442,20 +401,14 @@ TEST_F(LogManagerTest, ConfiguredAnewWhileThreadsLog)
 
 TEST_F(LogManagerTest, GoesOnWhenTheFolderIsGoneAtARollOver)
 {
-    const QString folder = path(QStringLiteral("folder"));
     expectInChild([&] {
-        LogManager& log = manager();
-        log.setLogPath(folder);
-        log.init();
+        manager(Folder).init();
         qInfo("first");
-        QDir(folder).removeRecursively();
-        for (int i = 0; i < 2200; ++i)
-            qInfo("%s", QByteArray(1000, 'x').constData());
+        QDir(path(Folder)).removeRecursively();
+        qInfo("%s", FullLog.constData());
         qInfo("last");
     });
-    const auto lines = entries(folder + QStringLiteral("/log_DOV_LOG.log"));
-    ASSERT_FALSE(lines.empty());
-    EXPECT_EQ(lines.back(), "[INFO]: last");
+    EXPECT_THAT(entries(log(Folder)), ElementsAre("[INFO]: last"));
 }
 
 TEST_F(LogManagerTest, GoesOnWhenThereIsRoomAgain)
@@ -479,26 +432,11 @@ TEST_F(LogManagerTest, GoesOnWhenThereIsRoomAgain)
     EXPECT_EQ(QDir(m_folder.path()).entryList(QDir::Files).size(), 1) << "no roll-over";
 }
 
-namespace {
-
-struct LateLogger {
-    bool armed = false;
-    ~LateLogger()
-    {
-        if (armed)
-            OrvDebug("late").info() << "from a static destructor";
-    }
-};
-LateLogger lateLogger;
-
-} // namespace
-
 TEST_F(LogManagerTest, StaticDestructorsCanLog)
 {
-    const Ending ending = runInChild([&] {
+    expectInChild([&] {
         manager().init();
-        lateLogger.armed = true;
+        static const auto late = qScopeGuard([] { OrvDebug("late").info() << "from a static destructor"; });
     });
-    EXPECT_EQ(ending.exitCode, 0);
     EXPECT_THAT(entries(log()), ElementsAre("[INFO]: [ late ] [ N ] from a static destructor"));
 }

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <QByteArray>
+#include "Files.h"
+
 #include <QCryptographicHash>
 #include <QDataStream>
-#include <QFile>
 #include <QList>
 
 #include <optional>
@@ -80,11 +80,4 @@ inline XarArchive signedArchive(const QList<QByteArray>& certificates)
     XarArchive archive;
     archive.table = tableOf(checksumElement("sha1", 20) + signatureElement(certificateElements(certificates)));
     return archive;
-}
-
-inline void writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-        qFatal("%s cannot be written", qPrintable(path));
 }

@@ -1,3 +1,4 @@
+#include "KnownAnswers.h"
 #include "ScopedTimeZone.h"
 
 #include <Orv/Utility/DSTSafe.h>
@@ -24,32 +25,15 @@ std::string textOf(const QDateTime& time)
 
 TEST(DSTSafe, TimesInAGapAreMovedOn)
 {
-    struct Row {
-        const char* zone;
-        const char* time;
-        const char* expected;
-    };
-    const Row rows[] = {
-        {"America/New_York", "2024-03-10T02:30:00.000", "2024-03-10T03:30:00.000"},
-        {"America/New_York", "2024-03-10T03:00:00.000", "2024-03-10T03:00:00.000"},
-        {"America/New_York", "2024-11-03T01:30:00.000", "2024-11-03T01:30:00.000"}, // the hour that comes twice
-        {"Europe/Berlin", "2024-03-31T02:00:00.000", "2024-03-31T03:00:00.000"},
-        {"Europe/Berlin", "2024-03-31T02:59:59.999", "2024-03-31T03:59:59.999"},
-        {"Australia/Lord_Howe", "2024-10-06T02:15:00.000", "2024-10-06T02:45:00.000"}, // half an hour
-        {"America/Sao_Paulo", "2018-11-04T00:30:00.000", "2018-11-04T01:30:00.000"},   // at midnight
-        // Ireland's winter time is the one with an offset, of minus an hour: that is what the time is moved by.
-        {"Europe/Dublin", "2024-03-31T01:30:00.000", "2024-03-31T00:30:00.000"},
-        {"UTC", "2024-03-31T02:30:00.000", "2024-03-31T02:30:00.000"},
-    };
-    for (const Row& row : rows) {
-        const ScopedTimeZone zone(row.zone);
-        const QDate date = QDate::fromString(QString(row.time).left(10), Qt::ISODate);
-        const QTime time = QTime::fromString(QString(row.time).mid(11), Qt::ISODateWithMs);
+    for (const KnownAnswer& row : tableOfAnswers("dst.txt")) {
+        const ScopedTimeZone zone(row["zone"].constData());
+        const QDate date = QDate::fromString(QString(row["time"]).left(10), Qt::ISODate);
+        const QTime time = QTime::fromString(QString(row["time"]).mid(11), Qt::ISODateWithMs);
         const DSTSafe safe = DSTSafe(QDateTime(date, time, Qt::UTC));
-        EXPECT_EQ(textOf(safe.toQDateTime()), row.expected) << row.zone;
-        EXPECT_TRUE(safe.toQDateTime().isValid()) << row.zone;
-        EXPECT_EQ(safe.toQDateTime().timeSpec(), Qt::LocalTime) << row.zone;
-        EXPECT_EQ(textOf(safe.toUTCQDateTime()), std::string(row.time) + "Z") << row.zone;
+        EXPECT_EQ(textOf(safe.toQDateTime()), row["local"].toStdString()) << row["zone"].constData();
+        EXPECT_TRUE(safe.toQDateTime().isValid()) << row["zone"].constData();
+        EXPECT_EQ(safe.toQDateTime().timeSpec(), Qt::LocalTime) << row["zone"].constData();
+        EXPECT_EQ(textOf(safe.toUTCQDateTime()), row["time"].toStdString() + "Z") << row["zone"].constData();
     }
 }
 

@@ -9,57 +9,45 @@ using Orv::Utitlity::Endian;
 
 namespace {
 
+template <class T> using Reader = T (*)(const QByteArray&, int);
+
 /// Writes a value into the middle of an array and reads it back, in both orders. `digits` are its bytes in big-endian
 /// order.
-template <class T> struct Order {
-    using Reader = T (*)(const QByteArray&, int);
-    Reader fromLittle;
-    Reader fromBig;
+template <class T> void checkOrders(Reader<T> fromLittle, Reader<T> fromBig, T value, const char* digits)
+{
+    SCOPED_TRACE(digits);
+    const QByteArray big = QByteArray::fromHex(digits);
+    QByteArray little = big;
+    std::reverse(little.begin(), little.end());
+    QByteArray data(big.size() + 2, 'x');
+    const QByteArray shared = data;
+    Endian::WriteBytesBigEndian(value, data, 1);
+    EXPECT_EQ(data.toHex(), ('x' + big + 'x').toHex());
+    EXPECT_EQ(fromBig(data, 1), value);
+    Endian::WriteBytesLittleEndian(value, data, 1);
+    EXPECT_EQ(data.toHex(), ('x' + little + 'x').toHex());
+    EXPECT_EQ(fromLittle(data, 1), value);
+    EXPECT_EQ(shared, QByteArray(big.size() + 2, 'x')) << "a copy held elsewhere stays";
 
-    void check(T value, const char* digits) const
-    {
-        const QByteArray big = QByteArray::fromHex(digits);
-        QByteArray little = big;
-        std::reverse(little.begin(), little.end());
-        const int size = sizeof value;
-
-        QByteArray data(size + 2, 'x');
-        const QByteArray shared = data;
-        Endian::WriteBytesBigEndian(value, data, 1);
-        EXPECT_EQ(data.toHex(), ('x' + big + 'x').toHex()) << digits;
-        EXPECT_EQ(fromBig(data, 1), value) << digits;
-        Endian::WriteBytesLittleEndian(value, data, 1);
-        EXPECT_EQ(data.toHex(), ('x' + little + 'x').toHex()) << digits;
-        EXPECT_EQ(fromLittle(data, 1), value) << digits;
-        EXPECT_EQ(shared, QByteArray(size + 2, 'x')) << "a copy held elsewhere stays";
-
-        QByteArray grown("ab");
-        Endian::WriteBytesLittleEndian(value, grown, 1);
-        EXPECT_EQ(grown, 'a' + little) << digits;
-        grown = "ab";
-        Endian::WriteBytesBigEndian(value, grown, 4);
-        EXPECT_EQ(grown, QByteArray("ab\0\0", 4) + big) << digits;
-    }
-};
+    QByteArray grown("ab");
+    Endian::WriteBytesLittleEndian(value, grown, 1);
+    EXPECT_EQ(grown, 'a' + little);
+    grown = "ab";
+    Endian::WriteBytesBigEndian(value, grown, 4);
+    EXPECT_EQ(grown, QByteArray("ab\0\0", 4) + big);
+}
 
 } // namespace
 
 TEST(Endian, Integers)
 {
-    const Order<unsigned short> uint16{Endian::ToUInt16LittleEndian, Endian::ToUInt16BigEndian};
-    uint16.check(0x80FF, "80ff");
-    const Order<unsigned int> uint32{Endian::ToUInt32LittleEndian, Endian::ToUInt32BigEndian};
-    uint32.check(0x11223344, "11223344");
-    uint32.check(0xFFFEFDFC, "fffefdfc");
-    const Order<unsigned long long> uint64{Endian::ToUInt64LittleEndian, Endian::ToUInt64BigEndian};
-    uint64.check(0x0102030405060708, "0102030405060708");
-    uint64.check(0x80818283FFFEFDFC, "80818283fffefdfc");
-    const Order<short> int16{Endian::ToInt16LittleEndian, Endian::ToInt16BigEndian};
-    int16.check(-32513, "80ff");
-    const Order<int> int32{Endian::ToInt32LittleEndian, Endian::ToInt32BigEndian};
-    int32.check(-2, "fffffffe");
-    const Order<long long> int64{Endian::ToInt64LittleEndian, Endian::ToInt64BigEndian};
-    int64.check(std::numeric_limits<long long>::min(), "8000000000000000");
+    checkOrders<unsigned short>(Endian::ToUInt16LittleEndian, Endian::ToUInt16BigEndian, 0x80FF, "80ff");
+    checkOrders<unsigned int>(Endian::ToUInt32LittleEndian, Endian::ToUInt32BigEndian, 0xFFFEFD01, "fffefd01");
+    checkOrders<unsigned long long>(
+        Endian::ToUInt64LittleEndian, Endian::ToUInt64BigEndian, 0x80818283FFFEFDFC, "80818283fffefdfc");
+    checkOrders<short>(Endian::ToInt16LittleEndian, Endian::ToInt16BigEndian, -32513, "80ff");
+    checkOrders<int>(Endian::ToInt32LittleEndian, Endian::ToInt32BigEndian, -2, "fffffffe");
+    checkOrders<long long>(Endian::ToInt64LittleEndian, Endian::ToInt64BigEndian, -2, "fffffffffffffffe");
 }
 
 TEST(Endian, Guids)
@@ -71,11 +59,9 @@ TEST(Endian, Guids)
     EXPECT_EQ(data.toHex(), ("xxx" + layout + "x").toHex());
     EXPECT_EQ(Endian::ToGuidLittleEndian(data, 3), id);
 
-    for (int size = 0; size < 16; ++size) {
-        QByteArray small(size, 'x');
-        Endian::WriteBytesLittleEndian(id, small, 0);
-        EXPECT_EQ(small.toHex(), layout.left(std::max(size, 8)).toHex()) << "grown for the first half only: " << size;
-    }
+    QByteArray small("x");
+    Endian::WriteBytesLittleEndian(id, small, 0);
+    EXPECT_EQ(small.toHex(), layout.left(8).toHex()) << "grown for the first half only";
 }
 
 TEST(Endian, Fields)

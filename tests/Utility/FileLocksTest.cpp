@@ -1,5 +1,6 @@
 #include "Utility/FileLocks_p.h"
 
+#include "KnownAnswers.h"
 #include "Log/ChildProcess.h"
 
 #include <QTemporaryFile>
@@ -82,25 +83,10 @@ TEST(FileLocks, Fields)
 
 TEST(FileLocks, Table)
 {
-    struct Row {
-        const char* line;
-        bool counts;
-    };
-    const Row rows[] = {
-        {"1: POSIX  ADVISORY  WRITE 3568 fd:00:77 0 EOF\n", true},
-        {"1: FLOCK  ADVISORY  WRITE 3568 08:01:77 0 EOF\n", true},
-        {"1: POSIX  ADVISORY  WRITE 3568 fd:00:77", true},
-        {"1: POSIX  ADVISORY  READ  3568 fd:00:77 0 EOF\n", false},
-        {"1: POSIX  ADVISORY  WRITE 3568 fd:00:770 0 EOF\n", false},
-        {"1: POSIX  ADVISORY  WRITE 77 fd:77:1 77 77\n", false},
-        {"1: -> POSIX  ADVISORY  WRITE 3568 fd:00:77 0 EOF\n", false},
-        {"1: -> ADVISORY  WRITE 3568 fd:00:77 0 EOF\n", false},
-        {"1: POSIX  ADVISORY  WRITE 3568 fd:00\n", false},
-        {"\n", false},
-    };
-    for (const Row& row : rows) {
-        EXPECT_EQ(lists(row.line, 77), row.counts) << row.line;
-        EXPECT_TRUE(lists(row.line + std::string("\n2: POSIX ADVISORY WRITE 1 fd:00:77 0 0\n"), 77)) << row.line;
+    for (const KnownAnswer& row : tableOfAnswers("locks.txt")) {
+        const std::string line = row["line"].toStdString();
+        EXPECT_EQ(lists(line + '\n', 77), row["counts"] == "yes") << line;
+        EXPECT_TRUE(lists(line + "\n2: POSIX ADVISORY WRITE 1 fd:00:77 0 0\n", 77)) << line;
     }
     EXPECT_TRUE(lists("1: POSIX ADVISORY WRITE 1 0:0:18446744073709551615 0 EOF", ~quint64(0)));
 }

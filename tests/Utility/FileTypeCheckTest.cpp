@@ -122,21 +122,8 @@ TEST_F(FileTypeCheckTest, NamesAreEncodedForTheLocale)
 
 TEST(CustomSystemAndHiddenCheck, ExactlyTheTwoFolders)
 {
-    struct Row {
-        const char* path;
-        bool is;
-    };
-    const Row rows[] = {
-        {"/Library", true},
-        {"/System", true},
-        {"/system", false},
-        {"/System/", false},
-        {"/Library/Fonts", false},
-        {"/", false},
-        {"", false},
-    };
-    for (const Row& row : rows) {
-        const QString path = QLatin1String(row.path);
-        EXPECT_EQ(CustomSystemAndHiddenCheck(path).is(), row.is) << row.path;
-    }
+    const std::pair<const char*, bool> rows[] = {{"/Library", true}, {"/System", true}, {"/system", false},
+        {"/System/", false}, {"/Library/Fonts", false}, {"/", false}, {"", false}};
+    for (const auto& [path, is] : rows)
+        EXPECT_EQ(CustomSystemAndHiddenCheck(QLatin1String(path)).is(), is) << path;
 }

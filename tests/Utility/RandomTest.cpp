@@ -2,6 +2,7 @@
 #include <Orv/Utility/RandomString.h>
 
 #include "Log/ChildProcess.h"
+#include "Utility/NarrowDevice.h"
 
 #include <QBuffer>
 
@@ -14,31 +15,6 @@
 
 using Orv::Utitlity::RandomByteArray;
 using Orv::Utitlity::RandomString;
-
-namespace {
-
-/// Takes up to `room` bytes and remembers the sizes it was given.
-class NarrowDevice : public QIODevice {
-public:
-    explicit NarrowDevice(qint64 room, OpenMode mode = WriteOnly) : m_room(room) { open(mode | Unbuffered); }
-
-    std::vector<qint64> writes;
-
-protected:
-    qint64 readData(char*, qint64) override { return -1; }
-    qint64 writeData(const char*, qint64 size) override
-    {
-        writes.push_back(size);
-        const qint64 taken = std::min(size, m_room);
-        m_room -= taken;
-        return taken;
-    }
-
-private:
-    qint64 m_room;
-};
-
-} // namespace
 
 TEST(RandomByteArray, Appends)
 {
@@ -55,17 +31,18 @@ TEST(RandomByteArray, Appends)
 
 TEST(RandomByteArray, WritesInPortions)
 {
-    NarrowDevice wide(5000);
+    NarrowDevice wide(QIODevice::WriteOnly);
     EXPECT_TRUE(RandomByteArray::generate(wide, 1300));
-    EXPECT_THAT(wide.writes, testing::ElementsAre(512, 512, 276));
+    EXPECT_THAT(wide.requests, testing::ElementsAre(512, 512, 276));
 
-    NarrowDevice narrow(600);
+    NarrowDevice narrow(QIODevice::WriteOnly);
+    narrow.room = 600;
     EXPECT_FALSE(RandomByteArray::generate(narrow, 1300));
-    EXPECT_THAT(narrow.writes, testing::ElementsAre(512, 512)) << "nothing after a short write";
+    EXPECT_THAT(narrow.requests, testing::ElementsAre(512, 512)) << "nothing after a short write";
 
-    NarrowDevice readOnly(5000, QIODevice::ReadOnly);
+    NarrowDevice readOnly(QIODevice::ReadOnly);
     EXPECT_FALSE(RandomByteArray::generate(readOnly, 0));
-    EXPECT_THAT(readOnly.writes, testing::IsEmpty());
+    EXPECT_THAT(readOnly.requests, testing::IsEmpty());
 }
 
 TEST(RandomByteArray, NoDescriptorLeft)

@@ -22,17 +22,13 @@ TEST(SafeBase64, EveryLengthComesBack)
 {
     QByteArray bytes;
     for (int i = 0; i < 600; ++i) {
-        const QByteArray text = SafeBase64(bytes).to();
-        EXPECT_EQ(text.size(), (bytes.size() + 2) / 3 * 4);
-        ASSERT_EQ(SafeBase64(text).from(), bytes) << i;
+        ASSERT_EQ(SafeBase64(SafeBase64(bytes).to()).from(), bytes) << i;
         bytes.append(static_cast<char>(i * 7));
     }
 }
 
 TEST(SafeBase64, UnknownCharactersAreSkipped)
 {
-    for (const QByteArray& text : {QByteArray("-+~8_"), QByteArray("+-~8"), QByteArray("-~ 8"), QByteArray("-~=8*_")})
-        EXPECT_EQ(SafeBase64(text).from().toHex(), "fbff") << text.constData();
-    const QByteArray slash("-/8_");
-    EXPECT_EQ(SafeBase64(slash).from().toHex(), "fbff") << "one that is not skipped";
+    for (const char* const text : {"-+~8_", "+-~8", "-~ 8", "-~=8*_", "-/8_"}) // all but the slash
+        EXPECT_EQ(SafeBase64(QByteArray(text)).from().toHex(), "fbff") << text;
 }

@@ -86,21 +86,14 @@ TEST_F(SymlinkInfoTest, Existence)
 
 TEST_F(SymlinkInfoTest, ModificationTimes)
 {
-    struct Row {
-        QString path;
-        bool noFollow;
-        qint64 expected;
+    const auto timeOf = [](const QString& path, bool noFollow) {
+        return lastModified(FileInfo(path), noFollow).toSecsSinceEpoch();
     };
-    const Row rows[] = {
-        {file, false, FileTime},
-        {file, true, FileTime},
-        {link, false, FileTime},
-        {link, true, LinkTime},
-        {dangling, true, LinkTime},
-    };
-    for (const Row& row : rows)
-        EXPECT_EQ(lastModified(FileInfo(row.path), row.noFollow), QDateTime::fromSecsSinceEpoch(row.expected))
-            << row.path.toStdString() << row.noFollow;
+    EXPECT_EQ(timeOf(file, false), FileTime);
+    EXPECT_EQ(timeOf(file, true), FileTime);
+    EXPECT_EQ(timeOf(link, false), FileTime);
+    EXPECT_EQ(timeOf(link, true), LinkTime);
+    EXPECT_EQ(timeOf(dangling, true), LinkTime);
     EXPECT_EQ(symlinkLastModified(FileInfo(dangling)), QDateTime::fromSecsSinceEpoch(LinkTime));
     EXPECT_EQ(logged.take(), QStringList());
 

@@ -11,50 +11,27 @@ using namespace Orv::Core::Encryption;
 
 TEST(Key, NamesAndLengths)
 {
-    struct Row {
-        int algorithm;
-        const char* name;
-        int length;
-        int ivLength;
-    };
-    const Row rows[] = {{0, "DES", 8, 8}, {1, "TripleDES", 16, 8}, {2, "TripleDES", 24, 8}, {3, "AES", 16, 16},
-        {4, "AES", 24, 16}, {5, "AES", 32, 16}, {6, "NO", 0, 0}, {7, "NO", 0, 0}, {-1, "NO", 0, 0}};
-    for (const Row& row : rows) {
-        const auto algorithm = static_cast<Algorithm>(row.algorithm);
-        EXPECT_EQ(Key::name(algorithm), QString(row.name)) << row.algorithm;
-        EXPECT_EQ(Key::length(algorithm), row.length) << row.algorithm;
-        EXPECT_EQ(Key::ivLength(algorithm), row.ivLength) << row.algorithm;
-        EXPECT_EQ(Key::randomKey(algorithm).size(), row.length) << row.algorithm;
-        EXPECT_EQ(Key::generate(algorithm, "p", "salt", 2).size(), row.length) << row.algorithm;
+    for (const KnownAnswer& row : tableOfAnswers("algorithms.txt")) {
+        const auto algorithm = static_cast<Algorithm>(row["algorithm"].toInt());
+        const int length = row["key"].toInt();
+        SCOPED_TRACE(algorithm);
+        EXPECT_EQ(Key::name(algorithm), QString(row["name"]));
+        EXPECT_EQ(Key::length(algorithm), length);
+        EXPECT_EQ(Key::ivLength(algorithm), row["iv"].toInt());
+        EXPECT_EQ(Key::randomKey(algorithm).size(), length);
+        EXPECT_EQ(Key::generate(algorithm, "p", "salt", 2).size(), length);
     }
 }
 
-TEST(Key, AlgorithmFromName)
+TEST(Key, AlgorithmFromNameOrNumber)
 {
-    struct Row {
-        const char* name;
-        int keyLength;
-        Algorithm algorithm;
-    };
-    const Row rows[] = {{"AES", 16, Aes128}, {"AES", 24, Aes192}, {"AES", 32, Aes256}, {"AES", 8, None},
-        {"DES", 8, Des}, {"DES", 16, None}, {"TripleDES", 16, Des112}, {"TripleDES", 24, Des3}, {"TripleDES", 8, None},
-        {"aes", 16, None}, {" AES", 16, None}, {"NO", 0, None}, {"", 0, None}};
-    for (const Row& row : rows)
-        EXPECT_EQ(Key::algorithmFromName(row.name, row.keyLength), row.algorithm) << row.name << row.keyLength;
-}
-
-TEST(Key, AlgorithmFromWindows)
-{
-    struct Row {
-        int code;
-        int keyLength;
-        Algorithm algorithm;
-    };
-    const Row rows[] = {{1, 8, Des}, {1, 999, Des}, {2, 16, Des112}, {2, 24, Des3}, {2, 8, Des3}, {3, 16, Aes128},
-        {3, 24, Aes192}, {3, 32, Aes256}, {3, 20, None}, {0, 16, None}, {4, 16, None}, {-1, 8, None}};
-    for (const Row& row : rows)
-        EXPECT_EQ(Key::algorithmFromWindows(row.code, row.keyLength), row.algorithm)
-            << row.code << " " << row.keyLength;
+    for (const KnownAnswer& row : tableOfAnswers("algorithmnames.txt")) {
+        const QByteArray name = row["name"];
+        const int length = row["key"].toInt();
+        const Algorithm found = name.startsWith("windows ") ? Key::algorithmFromWindows(name.mid(8).toInt(), length)
+                                                            : Key::algorithmFromName(name, length);
+        EXPECT_EQ(found, row["algorithm"].toInt()) << name.constData() << ' ' << length;
+    }
 }
 
 TEST(Key, KnownAnswers)

@@ -9,31 +9,47 @@
 #include <cryptopp/modes.h>
 
 #include <cmath>
-#include <ostream>
+#include <vector>
+
+/// What a stream is encrypted or decrypted with.
+struct Cipher {
+    Orv::Core::Encryption::Algorithm algorithm;
+    Orv::Core::Encryption::Type type;
+    QByteArray key;
+    QByteArray iv;
+    bool encrypt = true;
+
+    /// The way back.
+    Cipher inverse() const { return {algorithm, type, key, iv, !encrypt}; }
+};
+
+inline std::unique_ptr<Orv::Core::Encryption::EncryptorBase> makeEncryptor(
+    const Cipher& cipher, const QSharedPointer<QIODevice>& source)
+{
+    using Orv::Core::Encryption::EncryptorBase;
+    std::unique_ptr<EncryptorBase> encryptor(EncryptorBase::create(cipher.algorithm, cipher.encrypt, cipher.type));
+    encryptor->setKey(cipher.key);
+    encryptor->setIv(cipher.iv);
+    encryptor->setSource(source);
+    if (!encryptor->init())
+        qFatal("there is such a cipher");
+    return encryptor;
+}
 
 /// The plain way to encrypt a stream, everything through the cipher library's own filter: what each call of
 /// EncryptorBase::readData has to agree with.
 class PlainEncryptor {
 public:
-    using Algorithm = Orv::Core::Encryption::Algorithm;
-    using Type = Orv::Core::Encryption::Type;
-
-    PlainEncryptor(Algorithm algorithm, bool encrypt, Type type, const QByteArray& key, const QByteArray& iv,
-        QSharedPointer<QIODevice> source)
-        : m_mode(makeMode(algorithm, encrypt, type, key, iv)),
-          m_filter(*m_mode, nullptr, CryptoPP::BlockPaddingSchemeDef::PKCS_PADDING), m_source(std::move(source)),
-          m_blockSize(Orv::Core::Encryption::Key::ivLength(algorithm))
+    PlainEncryptor(const Cipher& cipher, QSharedPointer<QIODevice> source)
+        : m_mode(makeMode(cipher)), m_filter(*m_mode, nullptr, CryptoPP::BlockPaddingSchemeDef::PKCS_PADDING),
+          m_source(std::move(source)), m_blockSize(Orv::Core::Encryption::Key::ivLength(cipher.algorithm))
     {
     }
 
     qint64 readData(char* data, qint64 maxSize)
     {
-        if (m_source->atEnd() && m_finished) {
-            const int size = m_buffer.size();
-            std::copy_n(m_buffer.constData(), size, data);
-            m_buffer.clear();
-            return size;
-        }
+        if (m_source->atEnd() && m_finished)
+            return take(data, m_buffer.size());
         const double shortfall = std::max<qint64>(0, maxSize - m_buffer.size());
         const QByteArray chunk = m_source->read(static_cast<qint64>(std::ceil(shortfall / m_blockSize)) * m_blockSize);
         m_filter.Put2(reinterpret_cast<const CryptoPP::byte*>(chunk.constData()), chunk.size(), 0, true);
@@ -44,49 +60,43 @@ public:
         char scratch[1024];
         while (const auto got = m_filter.Get(reinterpret_cast<CryptoPP::byte*>(scratch), sizeof scratch))
             m_buffer.append(scratch, static_cast<int>(got));
-        const auto count = static_cast<int>(std::min<qint64>(maxSize, m_buffer.size()));
-        std::copy_n(m_buffer.constData(), count, data);
-        m_buffer.remove(0, count);
-        return count;
+        return take(data, static_cast<int>(std::min<qint64>(maxSize, m_buffer.size())));
     }
 
     bool atEnd() const { return m_buffer.isEmpty() && m_finished; }
 
 private:
-    using Mode = std::unique_ptr<CryptoPP::StreamTransformation>;
+    using Mode = std::unique_ptr<CryptoPP::SymmetricCipher>;
 
-    template <class ModeType> static Mode keyed(const QByteArray& key, const QByteArray& iv)
+    template <class Block> static Mode modeOf(const Cipher& cipher)
     {
-        auto mode = std::make_unique<ModeType>();
-        const auto* bytes = reinterpret_cast<const CryptoPP::byte*>(key.constData());
-        if (iv.isEmpty())
-            mode->SetKey(bytes, key.size());
-        else
-            mode->SetKeyWithIV(bytes, key.size(), reinterpret_cast<const CryptoPP::byte*>(iv.constData()), iv.size());
+        using CryptoPP::CBC_Mode;
+        using CryptoPP::ECB_Mode;
+        if (cipher.type == Orv::Core::Encryption::Cbc)
+            return cipher.encrypt ? Mode(new typename CBC_Mode<Block>::Encryption)
+                                  : Mode(new typename CBC_Mode<Block>::Decryption);
+        return cipher.encrypt ? Mode(new typename ECB_Mode<Block>::Encryption)
+                              : Mode(new typename ECB_Mode<Block>::Decryption);
+    }
+
+    static Mode makeMode(const Cipher& cipher)
+    {
+        Mode (*const makers[])(const Cipher&) = {
+            modeOf<CryptoPP::DES>, modeOf<CryptoPP::DES_EDE2>, modeOf<CryptoPP::DES_EDE3>, modeOf<CryptoPP::AES>};
+        Mode mode = makers[std::min<int>(cipher.algorithm, Orv::Core::Encryption::Aes128)](cipher);
+        const auto bytes = [](const QByteArray& array) {
+            return reinterpret_cast<const CryptoPP::byte*>(array.constData());
+        };
+        const CryptoPP::ConstByteArrayParameter iv(bytes(cipher.iv), cipher.iv.size()); // of no use to ECB
+        mode->SetKey(bytes(cipher.key), cipher.key.size(), CryptoPP::MakeParameters(CryptoPP::Name::IV(), iv, false));
         return mode;
     }
 
-    template <class Cipher> static Mode modeOf(bool encrypt, Type type, const QByteArray& key, const QByteArray& iv)
+    qint64 take(char* data, int count)
     {
-        if (type == Orv::Core::Encryption::Cbc)
-            return encrypt ? keyed<typename CryptoPP::CBC_Mode<Cipher>::Encryption>(key, iv)
-                           : keyed<typename CryptoPP::CBC_Mode<Cipher>::Decryption>(key, iv);
-        return encrypt ? keyed<typename CryptoPP::ECB_Mode<Cipher>::Encryption>(key, {})
-                       : keyed<typename CryptoPP::ECB_Mode<Cipher>::Decryption>(key, {});
-    }
-
-    static Mode makeMode(Algorithm algorithm, bool encrypt, Type type, const QByteArray& key, const QByteArray& iv)
-    {
-        switch (algorithm) {
-        case Orv::Core::Encryption::Des:
-            return modeOf<CryptoPP::DES>(encrypt, type, key, iv);
-        case Orv::Core::Encryption::Des112:
-            return modeOf<CryptoPP::DES_EDE2>(encrypt, type, key, iv);
-        case Orv::Core::Encryption::Des3:
-            return modeOf<CryptoPP::DES_EDE3>(encrypt, type, key, iv);
-        default:
-            return modeOf<CryptoPP::AES>(encrypt, type, key, iv);
-        }
+        std::copy_n(m_buffer.constData(), count, data);
+        m_buffer.remove(0, count);
+        return count;
     }
 
     Mode m_mode;
@@ -109,12 +119,6 @@ struct Outcome {
     }
 };
 
-inline std::ostream& operator<<(std::ostream& stream, const Outcome& outcome)
-{
-    return stream << outcome.bytes.size() << " bytes " << outcome.bytes.toHex().constData() << " error '"
-                  << outcome.error.constData() << "' at end " << outcome.atEnd;
-}
-
 template <class Encryptor> Outcome outcomeOf(Encryptor& encryptor, qint64 maxSize)
 {
     Outcome outcome;
@@ -126,4 +130,87 @@ template <class Encryptor> Outcome outcomeOf(Encryptor& encryptor, qint64 maxSiz
     }
     outcome.atEnd = encryptor.atEnd();
     return outcome;
+}
+
+/// Delivers its content in given portions, again and again, some of them empty.
+class PortionedSource : public QIODevice {
+public:
+    static constexpr int Failure = 700; // a portion of this size is none: the source throws
+
+    PortionedSource(QByteArray content, std::vector<int> portions, bool sequential)
+        : m_content(std::move(content)), m_portions(std::move(portions)), m_sequential(sequential)
+    {
+        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    }
+
+    bool isSequential() const override { return m_sequential; }
+    bool atEnd() const override { return m_position == m_content.size(); }
+    void append(const QByteArray& more) { m_content += more; }
+
+    std::vector<qint64> requests;
+
+protected:
+    qint64 readData(char* data, qint64 maxSize) override
+    {
+        requests.push_back(maxSize);
+        const int portion = m_portions.empty() ? Failure - 1 : m_portions[requests.size() % m_portions.size()];
+        if (portion == Failure)
+            throw std::runtime_error("the source has failed");
+        const qint64 count = std::min({maxSize, m_content.size() - m_position, static_cast<qint64>(portion)});
+        std::copy_n(m_content.constData() + m_position, count, data);
+        m_position += count;
+        return count;
+    }
+    qint64 writeData(const char*, qint64) override { return -1; }
+
+private:
+    QByteArray m_content;
+    const std::vector<int> m_portions;
+    const bool m_sequential;
+    qint64 m_position = 0;
+};
+
+/// A stream, in what portions it comes and is asked for, and by what it grows.
+struct StreamCase {
+    Cipher cipher;
+    QByteArray content;
+    bool isSequential = false;
+    std::vector<int> portions;
+    std::vector<int> requests;
+    int growingCall = 0;
+    QByteArray growth;
+};
+
+/// How an encryptor differs from the plain one, call by call, or null. `whole` gets all its bytes if it comes to its
+/// end without an error or growth, and stays null otherwise.
+inline const char* differenceFromPlain(const StreamCase& stream, QByteArray& whole)
+{
+    constexpr int MostCalls = 200;
+    constexpr qint64 RoomAtTheEnd = 47; // less than three of the largest blocks
+    auto* source = new PortionedSource(stream.content, stream.portions, stream.isSequential);
+    auto* plainSource = new PortionedSource(stream.content, stream.portions, stream.isSequential);
+    const auto encryptor = makeEncryptor(stream.cipher, QSharedPointer<QIODevice>(source));
+    PlainEncryptor plain(stream.cipher, QSharedPointer<QIODevice>(plainSource));
+    QByteArray all("");
+    bool isWhole = true;
+    for (int call = 0; call < MostCalls && !(encryptor->atEnd() && call > stream.growingCall); ++call) {
+        const qint64 maxSize = stream.requests.empty() ? 4096 : stream.requests[size_t(call) % stream.requests.size()];
+        const Outcome outcome = outcomeOf(*encryptor, maxSize);
+        if (!(outcome == outcomeOf(plain, maxSize)))
+            return "a call has another outcome than the plain one";
+        if (source->requests != plainSource->requests)
+            return "the source is asked for something else";
+        if (outcome.bytes.size() > std::max(maxSize, RoomAtTheEnd))
+            return "the bytes do not fit into the room for them";
+        all += outcome.bytes;
+        isWhole = isWhole && outcome.error.isEmpty();
+        if (call == stream.growingCall && stream.isSequential && !stream.growth.isEmpty()) {
+            isWhole = false;
+            source->append(stream.growth);
+            plainSource->append(stream.growth);
+        }
+    }
+    if (isWhole && encryptor->atEnd())
+        whole = all;
+    return nullptr;
 }
