@@ -297,7 +297,7 @@ TEST(PackageArchive, BoundedMemoryAndTime)
             const bool isExpected = warningFor(row.content) == row.warning;
             CheckPackageSignature(packagePath()).check_();
             const Usage after = usage();
-            const bool isSmall = after.peakMemory - before.peakMemory < 64 << 20;
+            const bool isSmall = after.peakMemory - before.peakMemory < qint64(ORV_MEMORY_LIMIT) << 20;
             const bool isFast = after.seconds - before.seconds < 1;
             std::_Exit(!isExpected ? 1 : !isSmall ? 2 : !isFast ? 3 : 0);
         });
