@@ -111,24 +111,18 @@ void checkField(FuzzedDataProvider& input, QByteArray& data)
 
 void checkStep(FuzzedDataProvider& input, QByteArray& data)
 {
-    switch (input.ConsumeIntegralInRange(0, 7)) {
-    case 0:
-        return checkInteger<unsigned short>(input, data, Endian::ToUInt16LittleEndian, Endian::ToUInt16BigEndian);
-    case 1:
-        return checkInteger<unsigned int>(input, data, Endian::ToUInt32LittleEndian, Endian::ToUInt32BigEndian);
-    case 2:
-        return checkInteger<unsigned long long>(input, data, Endian::ToUInt64LittleEndian, Endian::ToUInt64BigEndian);
-    case 3:
-        return checkInteger<short>(input, data, Endian::ToInt16LittleEndian, Endian::ToInt16BigEndian);
-    case 4:
-        return checkInteger<int>(input, data, Endian::ToInt32LittleEndian, Endian::ToInt32BigEndian);
-    case 5:
-        return checkInteger<long long>(input, data, Endian::ToInt64LittleEndian, Endian::ToInt64BigEndian);
-    case 6:
-        return checkGuid(input, data);
-    default:
-        return checkField(input, data);
-    }
+    using Step = void (*)(FuzzedDataProvider&, QByteArray&);
+    static const Step steps[] = {
+        [](auto& from, auto& at) { checkInteger(from, at, Endian::ToUInt16LittleEndian, Endian::ToUInt16BigEndian); },
+        [](auto& from, auto& at) { checkInteger(from, at, Endian::ToUInt32LittleEndian, Endian::ToUInt32BigEndian); },
+        [](auto& from, auto& at) { checkInteger(from, at, Endian::ToUInt64LittleEndian, Endian::ToUInt64BigEndian); },
+        [](auto& from, auto& at) { checkInteger(from, at, Endian::ToInt16LittleEndian, Endian::ToInt16BigEndian); },
+        [](auto& from, auto& at) { checkInteger(from, at, Endian::ToInt32LittleEndian, Endian::ToInt32BigEndian); },
+        [](auto& from, auto& at) { checkInteger(from, at, Endian::ToInt64LittleEndian, Endian::ToInt64BigEndian); },
+        checkGuid,
+        checkField,
+    };
+    steps[input.ConsumeIntegralInRange(0, 7)](input, data);
 }
 
 } // namespace

@@ -5,6 +5,8 @@
 
 #include <QTemporaryDir>
 
+#include <array>
+
 using Orv::Utitlity::PackageSignature;
 using Orv::Utitlity::readPackageSignature;
 
@@ -86,15 +88,7 @@ void checkCertificates(FuzzedDataProvider& input)
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     FuzzedDataProvider input(data, size);
-    switch (input.ConsumeIntegralInRange(0, 2)) {
-    case 0:
-        checkFile(input);
-        break;
-    case 1:
-        checkTable(input);
-        break;
-    default:
-        checkCertificates(input);
-    }
+    const std::array checks = {checkFile, checkTable, checkCertificates};
+    checks[input.ConsumeIntegralInRange<std::size_t>(0, 2)](input);
     return 0;
 }

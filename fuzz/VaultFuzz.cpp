@@ -1,5 +1,6 @@
 #include "Fuzz.h"
 
+#include "Files.h"
 #include "orvseal/Vault.h"
 
 #include <Orv/Core/Encryption/Key.h>
@@ -26,13 +27,6 @@ const QString& vaultFolder()
     static const QTemporaryDir folder; // tools/fuzz.sh has it in memory
     static const QString path = folder.path();
     return path;
-}
-
-void writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-        qFatal("%s cannot be written", qPrintable(path));
 }
 
 /// What `read` gives, or nothing if it refuses the vault. Any other exception ends the process.
@@ -64,10 +58,8 @@ void checkHead(const QByteArray& json)
     require(head->salt.size() >= 8 && head->salt.size() <= 64, "the salt is neither short nor long");
     require(head->iterations >= 1 && head->iterations <= 10000000, "the key can be made in a minute");
     writeHead(vaultFolder(), *head);
-    QFile file(headPath(vaultFolder()));
-    require(file.open(QIODevice::ReadOnly), "the head is there");
     const QJsonObject given = QJsonDocument::fromJson(json).object();
-    const QJsonObject written = QJsonDocument::fromJson(file.readAll()).object();
+    const QJsonObject written = QJsonDocument::fromJson(contentOf(headPath(vaultFolder()))).object();
     for (const QString& name : written.keys())
         require(written[name] == given[name], "a head that is written again is the same");
 }
@@ -151,19 +143,15 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     FuzzedDataProvider input(data, size);
     const int kind = input.ConsumeIntegralInRange(0, 3);
     const QByteArray content = restOf(input);
-    switch (kind) {
-    case 0:
+    if (kind == 0) {
         checkHead(content);
-        break;
-    case 1:
+    } else if (kind == 1) {
         writeFile(manifestPath(vaultFolder()), content);
         require(!vault.read(), "what was not sealed with the key is refused");
-        break;
-    case 2:
+    } else if (kind == 2) {
         vault.writeSealed(content);
         require(!vault.read(), "a manifest without the right hash is refused");
-        break;
-    default:
+    } else {
         checkLines(vault, content);
     }
     return 0;

@@ -18,10 +18,6 @@ TYPED_TEST(ExceptionFamily, CarriesItsMessage)
         EXPECT_EQ(exception.message(), message);
         EXPECT_EQ(std::string(exception.what()), message.toStdString());
     }
-}
-
-TYPED_TEST(ExceptionFamily, IsCaughtByItsBases)
-{
     EXPECT_THROW(throw TypeParam(QStringLiteral("x")), Orv::Exception::Base);
     EXPECT_THROW(throw TypeParam(QStringLiteral("x")), std::exception);
 }
@@ -37,12 +33,8 @@ TYPED_TEST(ExceptionFamily, TextLivesAsLongAsTheException)
 
 TEST(Exception, MarkersAreApart)
 {
-    try {
-        throw Orv::Exception::Canceled(QStringLiteral("stop"));
-    } catch (const Orv::Exception::InvalidData&) {
-        FAIL();
-    } catch (const Orv::Exception::Canceled&) {
-    }
+    EXPECT_FALSE((std::is_base_of_v<Orv::Exception::InvalidData, Orv::Exception::Canceled>));
+    EXPECT_FALSE((std::is_base_of_v<Orv::Exception::Canceled, Orv::Exception::InvalidData>));
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "Files.h"
 #include "KnownAnswers.h"
 #include "ScopedTimeZone.h"
 
@@ -7,8 +8,6 @@
 #include <QTimeZone>
 
 #include <gtest/gtest.h>
-
-#include <fstream>
 
 #include <utmpx.h>
 
@@ -73,20 +72,18 @@ TEST(DSTSafe, ShrinkSeconds)
 TEST(DateTimeBoot, ReadsTheDatabaseOn)
 {
     const QTemporaryDir folder;
-    const std::string path = folder.filePath(QStringLiteral("utmp")).toStdString();
-    const auto record = [](short type, int seconds) {
+    const QString path = folder.filePath(QStringLiteral("utmp"));
+    QByteArray records;
+    for (const auto& [type, seconds] :
+        {std::pair(USER_PROCESS, 1), {BOOT_TIME, 1700000000}, {RUN_LVL, 2}, {BOOT_TIME, -1}}) {
         utmpx entry{};
-        entry.ut_type = type;
+        entry.ut_type = static_cast<short>(type);
         entry.ut_tv.tv_sec = seconds;
-        return entry;
-    };
-    std::ofstream file(path, std::ios::binary);
-    for (const utmpx& entry :
-        {record(USER_PROCESS, 1), record(BOOT_TIME, 1700000000), record(RUN_LVL, 2), record(BOOT_TIME, -1)})
-        file.write(reinterpret_cast<const char*>(&entry), sizeof entry);
-    file.close();
+        records.append(reinterpret_cast<const char*>(&entry), sizeof entry);
+    }
+    writeFile(path, records);
 
-    ::utmpxname(path.c_str());
+    ::utmpxname(QFile::encodeName(path).constData());
     ::setutxent();
     EXPECT_EQ(Orv::Utility::dateTimeBoot(), QDateTime::fromSecsSinceEpoch(1700000000));
     EXPECT_EQ(Orv::Utility::dateTimeBoot(), QDateTime::fromSecsSinceEpoch(4294967295)) << "seconds are unsigned";

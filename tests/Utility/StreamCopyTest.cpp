@@ -28,17 +28,9 @@ TEST(StreamCopy, ReadsWritesAndLimits)
         qint64 copied;
         Sizes requests;
     };
-    const Row rows[] = {
-        {10, 4, 0, 10, {4, 4, 4}},
-        {10, 4, 6, 6, {4, 2}},
-        {10, 4, 10, 10, {4, 4, 2}},
-        {10, 4, Huge, 10, {4, 4, 4}},
-        {10, 100, 0, 10, {100}},
-        {10, 4, -1, 0, {}},
-        {10, -4, -1, 0, {}},
-        {10, 4, std::numeric_limits<qint64>::min(), 0, {}},
-        {0, 4, 0, 0, {}},
-    };
+    const Row rows[] = {{10, 4, 0, 10, {4, 4, 4}}, {10, 4, 6, 6, {4, 2}}, {10, 4, 10, 10, {4, 4, 2}},
+        {10, 4, Huge, 10, {4, 4, 4}}, {10, 100, 0, 10, {100}}, {10, 4, -1, 0, {}}, {10, -4, -1, 0, {}},
+        {10, 4, std::numeric_limits<qint64>::min(), 0, {}}, {0, 4, 0, 0, {}}};
     for (const Row& row : rows) {
         for (const bool sequential : {false, true}) {
             Device source(QIODevice::ReadOnly, sequential);
