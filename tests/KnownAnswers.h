@@ -12,11 +12,16 @@
 /// One case of a known-answer file: its values by name.
 using KnownAnswer = QMap<QByteArray, QByteArray>;
 
-/// The lines of a file of tests/data, or of the folder that ORV_TEST_DATA names, without those that # begins.
+/// A file of tests/data, or of the folder that ORV_TEST_DATA names.
+inline QString dataPath(const char* fileName)
+{
+    return qEnvironmentVariable("ORV_TEST_DATA", QStringLiteral(ORV_TEST_DATA)) + '/' + QLatin1String(fileName);
+}
+
+/// The lines of such a file without those that # begins.
 inline std::vector<QByteArray> dataLines(const char* fileName)
 {
-    const QString folder = qEnvironmentVariable("ORV_TEST_DATA", QStringLiteral(ORV_TEST_DATA));
-    QFile file(folder + QLatin1Char('/') + QLatin1String(fileName));
+    QFile file(dataPath(fileName));
     EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << fileName;
     std::vector<QByteArray> lines;
     while (!file.atEnd()) {

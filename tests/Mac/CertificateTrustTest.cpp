@@ -26,6 +26,10 @@ protected:
             make(row);
             m_stored[row["name"]] = run({"x509", "-in", row["name"], "-outform", "DER"});
         }
+        writeFile(path("huge.cnf"), "[huge]\nnsComment=" + QByteArray(300000, 'x') + '\n');
+        run({"x509", "-req", "-in", "direct.csr", "-CA", "root", "-CAkey", "root.key", "-days", "1000", "-extfile",
+            "huge.cnf", "-extensions", "huge", "-out", "huge"});
+        m_stored["huge"] = run({"x509", "-in", "huge", "-outform", "DER"}); // more than one can be
         const QByteArray direct = m_stored["direct"];
         m_stored["text"] = "no certificate";
         m_stored["cut"] = direct.chopped(1);
@@ -54,7 +58,7 @@ protected:
 private:
     void make(const KnownAnswer& row) const
     {
-        const QString config = QStringLiteral(ORV_TEST_DATA "/ca.cnf");
+        const QString config = dataPath("ca.cnf");
         const QString name = row["name"];
         const QString issuer = row["issuer"];
         QStringList request = {"req", "-config", config, "-subj", "/CN=" + name, "-newkey", "ec", "-pkeyopt",
