@@ -6,9 +6,10 @@
 #include <utility>
 
 /// A row is named "subject/variant"; rows of one subject do the same work. The variant of the library is "orvCore".
-template <class Work> void addRow(const std::string& subject, const std::string& variant, Work work)
+template <class Work>
+benchmark::internal::Benchmark* addRow(const std::string& subject, const std::string& variant, Work work)
 {
-    benchmark::RegisterBenchmark((subject + '/' + variant).c_str(), std::move(work));
+    return benchmark::RegisterBenchmark((subject + '/' + variant).c_str(), std::move(work));
 }
 
 /// Each registers the rows of its subject.
