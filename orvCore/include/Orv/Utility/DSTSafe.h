@@ -13,7 +13,7 @@ class ORV_EXPORT DSTSafe {
 public:
     /// Now.
     DSTSafe();
-    /// The wall-clock date and time of `dt`, whatever its time spec. Implicit: the one stands for the other.
+    /// The wall-clock date and time of `dt`, whatever zone it is in. Implicit: the one stands for the other.
     DSTSafe(const QDateTime& dt);
     /// Of `v.toDateTime()`.
     static DSTSafe fromVariant(const QVariant& v);
