@@ -78,7 +78,9 @@ void addFileInfoRows()
     const std::string subject = "snapshots of 100000 entries";
     addRow(subject, "orvCore", [](benchmark::State& state) {
         run(state, [](const QString& path) { benchmark::DoNotOptimize(FileInfo(path).size()); });
-    });
-    addRow(subject, "QFileInfo", [](benchmark::State& state) { run(state, askQt); });
-    addRow(subject, "std::filesystem", [](benchmark::State& state) { run(state, askStandardLibrary); });
+    })->Repetitions(LongRepetitions);
+    addRow(subject, "QFileInfo", [](benchmark::State& state) { run(state, askQt); })->Repetitions(LongRepetitions);
+    addRow(subject, "std::filesystem", [](benchmark::State& state) {
+        run(state, askStandardLibrary);
+    })->Repetitions(LongRepetitions);
 }

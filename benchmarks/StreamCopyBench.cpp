@@ -79,6 +79,6 @@ void addStreamCopyRows()
 {
     const std::string subject = "copy of a file of 64 MiB, 1 MiB at a time";
     // As many for both: the first copy after something else has to find its memory again.
-    addRow(subject, "orvCore", runOrvCore)->Iterations(10);
-    addRow(subject, "read and write", runHandLoop)->Iterations(10);
+    addRow(subject, "orvCore", runOrvCore)->Iterations(5);
+    addRow(subject, "read and write", runHandLoop)->Iterations(5);
 }

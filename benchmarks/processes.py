@@ -29,11 +29,11 @@ def write_file(path, size):
 
 
 def make_source(folder, mebibytes):
-    """Nine tenths of the bytes in four files, the rest in small ones."""
+    """Most of the bytes in four files, a twentieth in small ones."""
     os.makedirs(folder + "/many")
     for number in range(4):
-        write_file(f"{folder}/large{number}", mebibytes * MIB * 9 // 40)
-    for number in range(mebibytes * MIB // 10 // (128 * 1024)):
+        write_file(f"{folder}/large{number}", mebibytes * MIB * 19 // 80)
+    for number in range(mebibytes * MIB // 20 // (128 * 1024)):
         write_file(f"{folder}/many/{number:05}", 128 * 1024)
 
 

@@ -146,10 +146,10 @@ public:
     static QByteArray BytesToString(const QByteArray& data, int offset, int length);
 
 private:
-    /// Whether `size` bytes at `offset` are in the array.
-    static bool holds(const QByteArray& data, int offset, int size)
+    /// Whether `size` bytes at `offset` are in the array. A negative offset is a large unsigned one.
+    static bool holds(const QByteArray& data, int offset, unsigned size)
     {
-        return offset >= 0 && offset <= data.size() - size;
+        return quint64(unsigned(offset)) + size <= quint64(data.size());
     }
     /// Makes room for `size` bytes at `offset`; false if there can be none.
     static bool grow(QByteArray& data, int offset, int size);
@@ -158,13 +158,13 @@ private:
 
     template <class T> static void write(T value, QByteArray& data, int offset)
     {
-        if (holds(data, offset, sizeof value) || grow(data, offset, sizeof value))
+        if (Q_LIKELY(holds(data, offset, sizeof value)) || grow(data, offset, sizeof value))
             std::memcpy(data.data() + offset, &value, sizeof value);
     }
 
     template <class T> static T read(const QByteArray& data, int offset)
     {
-        if (holds(data, offset, sizeof(T)))
+        if (Q_LIKELY(holds(data, offset, sizeof(T))))
             return qFromUnaligned<T>(data.constData() + offset);
         T value = 0;
         readOutside(data, offset, &value, sizeof value);
