@@ -5,9 +5,6 @@
 #include <string>
 #include <utility>
 
-/// Of rows that take seconds.
-constexpr int LongRepetitions = 5;
-
 /// A row is named "subject/variant"; rows of one subject do the same work. The variant of the library is "orvCore".
 template <class Work>
 benchmark::internal::Benchmark* addRow(const std::string& subject, const std::string& variant, Work work)

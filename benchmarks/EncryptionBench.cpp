@@ -292,7 +292,6 @@ void addEncryptionRows()
         addRows(subject, false);
     }
     for (const qint64 size : {1, 16, 256, 4096})
-        addRow("growth: readData of " + std::to_string(size) + " MiB", "orvCore", [size](benchmark::State& state) {
-            runGrowth(state, size * MiB);
-        })->Repetitions(LongRepetitions);
+        addRow("growth: readData of " + std::to_string(size) + " MiB", "orvCore",
+            [size](benchmark::State& state) { runGrowth(state, size * MiB); });
 }

@@ -78,9 +78,7 @@ void addFileInfoRows()
     const std::string subject = "snapshots of 100000 entries";
     addRow(subject, "orvCore", [](benchmark::State& state) {
         run(state, [](const QString& path) { benchmark::DoNotOptimize(FileInfo(path).size()); });
-    })->Repetitions(LongRepetitions);
-    addRow(subject, "QFileInfo", [](benchmark::State& state) { run(state, askQt); })->Repetitions(LongRepetitions);
-    addRow(subject, "std::filesystem", [](benchmark::State& state) {
-        run(state, askStandardLibrary);
-    })->Repetitions(LongRepetitions);
+    });
+    addRow(subject, "QFileInfo", [](benchmark::State& state) { run(state, askQt); });
+    addRow(subject, "std::filesystem", [](benchmark::State& state) { run(state, askStandardLibrary); });
 }

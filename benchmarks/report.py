@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Makes the table and the chart of the benchmarks.
 
-usage: report.py BENCH_JSON PROCESSES_JSON NOTES FOLDER
+usage: report.py PROCESSES_JSON NOTES FOLDER ROUND_JSON...
 
-Writes FOLDER/benchmarks.md and, with gnuplot, FOLDER/benchmarks.svg. Figures are medians of the repetitions; ratios are
-throughput of the library to that of the other, so more than 1 is faster.
+Writes FOLDER/benchmarks.md and, with gnuplot, FOLDER/benchmarks.svg. Figures are medians of the rounds. Ratios are
+throughput of the library to that of the other, so more than 1 is faster: the median of those within each round, since
+the machine may be slower in one round than in the next.
 """
 import datetime
 import json
@@ -52,30 +53,31 @@ COMPARISONS = [
 FLOORS = ["Crypto++ from a QBuffer", "Qt, asking the size"]
 
 
-def bench_times(path):
-    """(subject, variant) -> median seconds of one run: of the processor, but for rows with threads of the clock."""
-    times = {}
+def add_bench_times(samples, path):
+    """Adds the seconds of one run of each row to (subject, variant): of the processor, or, for rows with threads, of the
+    clock."""
     with open(path) as file:
         for row in json.load(file)["benchmarks"]:
-            if row["run_type"] != "iteration" or row.get("error_occurred"):
+            if row.get("error_occurred"):
                 continue
-            assert row["time_unit"] == "ns"
+            assert row["run_type"] == "iteration" and row["time_unit"] == "ns"
             subject, variant = row["run_name"].split("/")[:2]
             time = row["real_time" if row["threads"] > 1 else "cpu_time"]
-            times.setdefault((subject, variant), []).append(time / 1e9)
-    return {key: statistics.median(values) for key, values in times.items()}
+            samples.setdefault((subject, variant), []).append(time / 1e9)
 
 
-def process_rows(path):
-    times, memory = {}, {}
+def add_process_rows(samples, memory, path):
     with open(path) as file:
         for row in json.load(file):
             key = (row["subject"], row["variant"])
             if "seconds" in row:
-                times.setdefault(key, []).append(row["seconds"])
+                samples.setdefault(key, []).append(row["seconds"])
             if "memory" in row:
                 memory[key] = row["memory"]
-    return {key: statistics.median(values) for key, values in times.items()}, memory
+
+
+def ratio(theirs, ours):
+    return statistics.median(their / our for their, our in zip(theirs, ours, strict=True))
 
 
 def duration(seconds):
@@ -89,46 +91,47 @@ def by_number(text):
     return [int(part) if part.isdigit() else part for part in re.split(r"(\d+)", text)]
 
 
-def comparisons(times):
+def comparisons(samples):
+    """(subject, other, our times, the other's times, the ratio by hand, the ratio to reach)"""
     for pattern, other, target in COMPARISONS:
-        for subject, variant in sorted(times, key=lambda key: by_number(key[0])):
-            if variant == other and re.fullmatch(pattern, subject) and (subject, "orvCore") in times:
-                floors = [times[subject, floor] for floor in FLOORS if (subject, floor) in times]
-                yield (subject, other, times[subject, "orvCore"], times[subject, other],
-                       floors[0] if floors else None, target)
+        for subject, variant in sorted(samples, key=lambda key: by_number(key[0])):
+            if variant == other and re.fullmatch(pattern, subject) and (subject, "orvCore") in samples:
+                theirs = samples[subject, other]
+                floors = [ratio(theirs, samples[subject, floor]) for floor in FLOORS if (subject, floor) in samples]
+                yield subject, other, samples[subject, "orvCore"], theirs, floors[0] if floors else None, target
 
 
 def comparison_table(rows):
     lines = ["| subject | beside | orvCore | the other | ratio | by hand | to reach |",
              "|---|---|---:|---:|---:|---:|---:|"]
     for subject, other, ours, theirs, floor, target in rows:
-        ratio = round(theirs / ours, 2)
-        by_hand = f"{theirs / floor:.2f}" if floor else ""
-        mark = "" if target is None else f"{target:g}" + ("" if ratio >= target else " ✗")
-        lines.append(f"| {subject} | {other} | {duration(ours)} | {duration(theirs)} | {ratio:.2f} | {by_hand} |"
-                     f" {mark} |")
+        figure = round(ratio(theirs, ours), 2)
+        by_hand = "" if floor is None else f"{floor:.2f}"
+        mark = "" if target is None else f"{target:g}" + ("" if figure >= target else " ✗")
+        lines.append(f"| {subject} | {other} | {duration(statistics.median(ours))} |"
+                     f" {duration(statistics.median(theirs))} | {figure:.2f} | {by_hand} | {mark} |")
     return lines
 
 
-def derived_table(times):
+def derived_table(samples):
     """Ratios between rows of the library itself."""
-    lines = ["| subject | figure | to reach |", "|---|---:|---:|"]
-    line, off = times["a log line", "orvCore"], times["a log line that is switched off", "orvCore"]
-    lines.append(f"| a line that is switched off, part of the cost of a written one | {off / line:.3f} |"
-                 f" at most 0.06{'' if off / line <= 0.06 else ' ✗'} |")
-    threads = line / times["a log line, four threads", "orvCore"]
-    lines.append(f"| lines of four threads to those of one | {threads:.2f} | 0.8{'' if threads >= 0.8 else ' ✗'} |")
-    return lines
+    line = samples["a log line", "orvCore"]
+    off = ratio(samples["a log line that is switched off", "orvCore"], line)
+    threads = ratio(line, samples["a log line, four threads", "orvCore"])
+    return ["| subject | figure | to reach |", "|---|---:|---:|",
+            f"| a line that is switched off, part of the cost of a written one | {off:.3f} |"
+            f" at most 0.06{'' if off <= 0.06 else ' ✗'} |",
+            f"| lines of four threads to those of one | {threads:.2f} | 0.8{'' if threads >= 0.8 else ' ✗'} |"]
 
 
-def growth_table(times, memory):
+def growth_table(samples, memory):
     lines = ["| subject | time | a unit | peak memory |", "|---|---:|---:|---:|"]
-    for key in sorted(set(times) | set(memory), key=lambda key: by_number(key[0])):
+    for key in sorted(set(samples) | set(memory), key=lambda key: by_number(key[0])):
         subject = key[0]
         if not subject.startswith("growth: "):
             continue
         units = int(re.search(r"\d+", subject)[0])
-        time = times.get(key)
+        time = statistics.median(samples[key]) if key in samples else None
         lines.append(f"| {subject[8:]} | {duration(time) if time else ''} | {duration(time / units) if time else ''} |"
                      f" {f'{memory[key]:.1f} MiB' if key in memory else ''} |")
     return lines
@@ -162,7 +165,7 @@ def draw(rows, folder):
     rows = [row for row in rows if row[-1] is not None][::-1]
     with open(data, "w") as file:
         for number, (subject, other, ours, theirs, _, target) in enumerate(rows):
-            file.write(f'{number}\t{theirs / ours:.4f}\t{target}\t"{subject} / {other}"\n')
+            file.write(f'{number}\t{ratio(theirs, ours):.4f}\t{target}\t"{subject} / {other}"\n')
     script = f"""
 set terminal svg size 1000,{80 + 22 * len(rows)} font 'sans-serif,11'
 set output '{folder}/benchmarks.svg'
@@ -185,21 +188,22 @@ plot '{data}' using (0.25):1:(0.25):2:($1-0.35):($1+0.35):ytic(4) with boxxyerro
 
 
 def main():
-    bench, processes, notes, folder = sys.argv[1:]
-    times = bench_times(bench)
-    process_times, memory = process_rows(processes)
-    times.update(process_times)
-    rows = list(comparisons(times))
+    processes, notes, folder, *rounds = sys.argv[1:]
+    samples, memory = {}, {}
+    for path in rounds:
+        add_bench_times(samples, path)
+    add_process_rows(samples, memory, processes)
+    rows = list(comparisons(samples))
     lines = ["# Benchmarks", "",
              "Made by `tools/bench.sh`. Medians; ratios are throughput of the library to that of the other in the same",
-             "run, so that they mean the same on another machine. \"By hand\" is the ratio that a loop reaches which does",
+             "round, so that they mean the same on another machine. \"By hand\" is the ratio that a loop reaches which does",
              "with the bare dependency what the library cannot leave out either: it reads the source before it encrypts,",
              "and asks for the size of an array before it touches it.", ""]
     lines += [f"- {datetime.date.today()}", *machine(), ""]
     if draw(rows, folder):
         lines += ["![Ratios](benchmarks.svg)", ""]
-    lines += comparison_table(rows) + ["", *derived_table(times), "", "## How cost grows", "",
-                                       *growth_table(times, memory), ""]
+    lines += comparison_table(rows) + ["", *derived_table(samples), "", "## How cost grows", "",
+                                       *growth_table(samples, memory), ""]
     with open(notes) as file:
         lines += file.read().splitlines()
     with open(folder + "/benchmarks.md", "w") as file:
