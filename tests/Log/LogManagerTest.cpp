@@ -1,4 +1,5 @@
 #include "Log/ChildProcess.h"
+#include "PrivateMount.h"
 
 #include <Orv/Log/LogManager.h>
 #include <Orv/Log/MessageHandlers.h>
@@ -425,6 +426,55 @@ TEST_F(LogManagerTest, GoesOnWhenThereIsRoomAgain)
     });
     EXPECT_THAT(entries(log()), ElementsAre("[INFO]: before", "[INFO]: after"));
     EXPECT_EQ(QDir(m_folder.path()).entryList(QDir::Files).size(), 1) << "no roll-over";
+}
+
+TEST_F(LogManagerTest, GoesOnWhenTheDiskHasRoomAgain)
+{
+    const PrivateMount disk(64 * 1024, "tmpfs");
+    if (!disk.reason().isNull())
+        GTEST_SKIP() << disk.reason().toStdString();
+    const QString file = QDir(disk.path()).filePath(QStringLiteral("log_DOV_LOG.log"));
+    const QString ballast = QDir(disk.path()).filePath(QStringLiteral("ballast"));
+    expectInChild([&] {
+        writeFile(ballast, QByteArray(32 * 1024, 'x'));
+        LogManager& log = manager();
+        log.setLogPath(disk.path());
+        log.init();
+        for (int i = 0; i < 1000; ++i)
+            qInfo("filling");
+        QFile::remove(ballast);
+        qInfo("after");
+        qInfo("last");
+    });
+    std::vector<std::string> lines = entries(file);
+    ASSERT_GT(lines.size(), 100u);
+    EXPECT_LT(lines.size(), 1000u) << "the disk was not full";
+    EXPECT_EQ(lines.back(), "[INFO]: last");
+    lines.pop_back();
+    EXPECT_THAT(lines.back(), testing::EndsWith("[INFO]: after")) << "what was cut may stand before it";
+    lines.pop_back();
+    EXPECT_THAT(lines, testing::Each("[INFO]: filling"));
+}
+
+TEST_F(LogManagerTest, GoesOnWhenPermissionIsLost)
+{
+    if (::geteuid() == 0)
+        GTEST_SKIP() << "root keeps every permission";
+    expectInChild([&] {
+        ASSERT_TRUE(QDir().mkpath(path(Folder)));
+        manager(Folder).init();
+        qInfo("first");
+        ::chmod(QFile::encodeName(path(Folder)).constData(), 0500);
+        qInfo("%s", FullLog.constData()); // cannot be moved aside
+        qInfo("second");
+        ::chmod(QFile::encodeName(log(Folder)).constData(), 0);
+        qInfo("%s", FullLog.constData()); // ... nor opened again
+        qInfo("lost");
+        ::chmod(QFile::encodeName(log(Folder)).constData(), 0600);
+        qInfo("last");
+    });
+    ::chmod(QFile::encodeName(path(Folder)).constData(), 0700);
+    EXPECT_THAT(entries(log(Folder)), ElementsAre("[INFO]: last"));
 }
 
 TEST_F(LogManagerTest, StaticDestructorsCanLog)
