@@ -8,91 +8,64 @@ using Orv::Utitlity::Endian;
 
 namespace {
 
-constexpr int Count = 1000000;
-constexpr int Width = 8; // bytes
+using Number = unsigned long long;
 
-void setItems(benchmark::State& state)
+constexpr int Count = 1000000;
+constexpr int Width = sizeof(Number);
+
+/// `write` gets the array, its first byte, and what to write and where.
+template <class Write> void addWrites(const char* variant, Write write)
 {
-    state.SetItemsProcessed(state.iterations() * Count);
+    addRow("a million 64-bit writes, little-endian", variant, [write](benchmark::State& state) {
+        QByteArray data(Count * Width, '\0');
+        char* const place = data.data();
+        for (auto _ : state) {
+            for (int i = 0; i < Count; ++i)
+                write(data, place, Number(i), i * Width);
+            benchmark::ClobberMemory();
+        }
+        state.SetItemsProcessed(state.iterations() * Count);
+    });
+}
+
+/// `read` gets the array, its first byte, and where to read.
+template <class Read> void addReads(const char* variant, Read read)
+{
+    addRow("a million 64-bit reads, big-endian", variant, [read](benchmark::State& state) {
+        const QByteArray data(Count * Width, 'x');
+        const char* const place = data.constData();
+        for (auto _ : state) {
+            Number sum = 0;
+            for (int i = 0; i < Count; ++i)
+                sum += read(data, place, i * Width);
+            benchmark::DoNotOptimize(sum);
+        }
+        state.SetItemsProcessed(state.iterations() * Count);
+    });
 }
 
 } // namespace
 
 void addEndianRows()
 {
-    const std::string write = "a million 64-bit writes, little-endian";
-    addRow(write, "orvCore", [](benchmark::State& state) {
-        QByteArray data(Count * Width, '\0');
-        for (auto _ : state) {
-            for (int i = 0; i < Count; ++i)
-                Endian::WriteBytesLittleEndian(static_cast<unsigned long long>(i), data, i * Width);
-            benchmark::ClobberMemory();
-        }
-        setItems(state);
+    // "Asking the size" is what whoever cannot trust the offset has to do. "On memory", without the array in between,
+    // the compiler makes the loop one of vector instructions.
+    addWrites("orvCore",
+        [](QByteArray& data, char*, Number value, int offset) { Endian::WriteBytesLittleEndian(value, data, offset); });
+    addWrites("Qt on the array",
+        [](QByteArray& data, char*, Number value, int offset) { qToLittleEndian(value, data.data() + offset); });
+    addWrites("Qt, asking the size", [](QByteArray& data, char*, Number value, int offset) {
+        if (offset + Width <= data.size())
+            qToLittleEndian(value, data.data() + offset);
     });
-    addRow(write, "Qt on the array", [](benchmark::State& state) {
-        QByteArray data(Count * Width, '\0');
-        for (auto _ : state) {
-            for (int i = 0; i < Count; ++i)
-                qToLittleEndian(static_cast<unsigned long long>(i), data.data() + i * Width);
-            benchmark::ClobberMemory();
-        }
-        setItems(state);
-    });
-    // What whoever cannot trust the offset has to ask
-    addRow(write, "Qt, asking the size", [](benchmark::State& state) {
-        QByteArray data(Count * Width, '\0');
-        for (auto _ : state) {
-            for (int i = 0; i < Count; ++i)
-                if (i * Width + Width <= data.size())
-                    qToLittleEndian(static_cast<unsigned long long>(i), data.data() + i * Width);
-            benchmark::ClobberMemory();
-        }
-        setItems(state);
-    });
-    // Without the array in between, the compiler makes the loop one of vector stores.
-    addRow(write, "Qt on memory", [](benchmark::State& state) {
-        QByteArray data(Count * Width, '\0');
-        char* const place = data.data();
-        for (auto _ : state) {
-            for (int i = 0; i < Count; ++i)
-                qToLittleEndian(static_cast<unsigned long long>(i), place + i * Width);
-            benchmark::ClobberMemory();
-        }
-        setItems(state);
-    });
+    addWrites("Qt on memory",
+        [](QByteArray&, char* place, Number value, int offset) { qToLittleEndian(value, place + offset); });
 
-    const std::string read = "a million 64-bit reads, big-endian";
-    addRow(read, "orvCore", [](benchmark::State& state) {
-        const QByteArray data(Count * Width, 'x');
-        for (auto _ : state) {
-            unsigned long long sum = 0;
-            for (int i = 0; i < Count; ++i)
-                sum += Endian::ToUInt64BigEndian(data, i * Width);
-            benchmark::DoNotOptimize(sum);
-        }
-        setItems(state);
+    addReads("orvCore",
+        [](const QByteArray& data, const char*, int offset) { return Endian::ToUInt64BigEndian(data, offset); });
+    addReads("Qt, asking the size", [](const QByteArray& data, const char*, int offset) {
+        return offset + Width <= data.size() ? qFromBigEndian<Number>(data.constData() + offset) : 0;
     });
-    addRow(read, "Qt, asking the size", [](benchmark::State& state) {
-        const QByteArray data(Count * Width, 'x');
-        for (auto _ : state) {
-            unsigned long long sum = 0;
-            for (int i = 0; i < Count; ++i)
-                if (i * Width + Width <= data.size())
-                    sum += qFromBigEndian<unsigned long long>(data.constData() + i * Width);
-            benchmark::DoNotOptimize(sum);
-        }
-        setItems(state);
-    });
-    addRow(read, "Qt on memory", [](benchmark::State& state) {
-        const QByteArray data(Count * Width, 'x');
-        const char* const place = data.constData();
-        for (auto _ : state) {
-            unsigned long long sum = 0;
-            for (int i = 0; i < Count; ++i)
-                sum += qFromBigEndian<unsigned long long>(place + i * Width);
-            benchmark::DoNotOptimize(sum);
-        }
-        setItems(state);
-    });
+    addReads("Qt on memory",
+        [](const QByteArray&, const char* place, int offset) { return qFromBigEndian<Number>(place + offset); });
 }
