@@ -28,9 +28,9 @@ targets=("${@:2}")
 [ ${#targets[@]} -gt 0 ] || targets=("$build"/fuzz/*Fuzz)
 mkdir -p "$build/findings"
 # Some targets write files: in memory, where that can be had.
-shared=/dev/shm
-[ -w "$shared" ] || shared=${TMPDIR:-/tmp}
-work=$(mktemp -d "$shared/orvfuzz.XXXXXX")
+memory=/dev/shm
+[ -w "$memory" ] || memory=${TMPDIR:-/tmp}
+work=$(mktemp -d "$memory/orvfuzz.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 export TMPDIR=$work
 # Hashes and addresses are part of what guides the fuzzer, so short runs do without chance in either, where they can.

@@ -61,11 +61,11 @@ TEST(DSTSafe, ValidTimesStayAsTheyAre)
 
 TEST(DSTSafe, ShrinkSeconds)
 {
-    for (const Qt::TimeSpec spec : {Qt::LocalTime, Qt::UTC}) {
-        QDateTime time(QDate(2024, 7, 1), QTime(10, 17, 59, 999), spec);
+    for (const Qt::TimeSpec kind : {Qt::LocalTime, Qt::UTC}) {
+        QDateTime time(QDate(2024, 7, 1), QTime(10, 17, 59, 999), kind);
         EXPECT_EQ(&Orv::Utility::shrinkSeconds(time), &time);
-        EXPECT_EQ(time, QDateTime(QDate(2024, 7, 1), QTime(10, 17), spec));
-        EXPECT_EQ(time.timeSpec(), spec);
+        EXPECT_EQ(time, QDateTime(QDate(2024, 7, 1), QTime(10, 17), kind));
+        EXPECT_EQ(time.timeSpec(), kind);
     }
 }
 
