@@ -48,14 +48,14 @@ template <class Read> void addReads(const char* variant, Read read)
 
 void addEndianRows()
 {
-    // "Asking the size" is what whoever cannot trust the offset has to do. "On memory", without the array in between,
-    // the compiler makes the loop one of vector instructions.
+    // "Asking the size" is the plain way for whoever cannot trust the offset. "On memory", without the array in
+    // between, the compiler makes the loop one of vector instructions.
     addWrites("orvCore",
         [](QByteArray& data, char*, Number value, int offset) { Endian::WriteBytesLittleEndian(value, data, offset); });
     addWrites("Qt on the array",
         [](QByteArray& data, char*, Number value, int offset) { qToLittleEndian(value, data.data() + offset); });
     addWrites("Qt, asking the size", [](QByteArray& data, char*, Number value, int offset) {
-        if (offset + Width <= data.size())
+        if (offset >= 0 && offset <= data.size() - Width)
             qToLittleEndian(value, data.data() + offset);
     });
     addWrites("Qt on memory",
@@ -64,7 +64,7 @@ void addEndianRows()
     addReads("orvCore",
         [](const QByteArray& data, const char*, int offset) { return Endian::ToUInt64BigEndian(data, offset); });
     addReads("Qt, asking the size", [](const QByteArray& data, const char*, int offset) {
-        return offset + Width <= data.size() ? qFromBigEndian<Number>(data.constData() + offset) : 0;
+        return offset >= 0 && offset <= data.size() - Width ? qFromBigEndian<Number>(data.constData() + offset) : 0;
     });
     addReads("Qt on memory",
         [](const QByteArray&, const char* place, int offset) { return qFromBigEndian<Number>(place + offset); });

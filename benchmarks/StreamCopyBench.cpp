@@ -63,10 +63,11 @@ void runHandLoop(benchmark::State& state)
         const int source = ::open(sourcePath, O_RDONLY | O_CLOEXEC);
         const int target = ::open(targetPath, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
         std::vector<char> chunk(ChunkSize);
-        for (ssize_t size = 0; (size = ::read(source, chunk.data(), chunk.size())) > 0;) {
-            if (::write(target, chunk.data(), size_t(size)) != size)
-                state.SkipWithError("not copied");
-        }
+        qint64 copied = 0;
+        for (ssize_t size = 0; (size = ::read(source, chunk.data(), chunk.size())) > 0;)
+            copied += ::write(target, chunk.data(), size_t(size));
+        if (copied != qint64(ChunkSize) * Chunks)
+            state.SkipWithError("not copied");
         ::close(source);
         ::close(target);
     }

@@ -32,7 +32,7 @@ bool Endian::grow(QByteArray& data, int offset, int size)
 void Endian::readOutside(const QByteArray& data, int offset, void* target, int size)
 {
     Q_ASSERT_X(holds(data, offset, size), "Endian", "reading outside the array");
-    if (!isPlace(offset, size) || offset >= data.size())
+    if (offset < 0 || offset >= data.size())
         return;
     std::copy(data.begin() + offset, data.end(), static_cast<char*>(target));
 }

@@ -15,8 +15,8 @@ class CloudItem;
 /// the content. What is not downloaded yet is a placeholder, and reading it for a backup has to wait.
 ///
 /// Every call asks the system anew, and leaves a full trace in the debug log: two records, one with the file and the
-/// user's cloud set-up, one with the process's whole environment. Nothing is thrown. Where there is no cloud drive, as
-/// on Linux, no file is in it.
+/// user's cloud set-up, one with the process's whole environment: a process that uses this should keep no secrets
+/// there. Nothing is thrown. Where there is no cloud drive, as on Linux, no file is in it.
 ///
 /// An object may be used by any thread, one at a time. The signal is emitted on the thread of the call.
 class ORV_EXPORT FileProviderMac : public QObject {
