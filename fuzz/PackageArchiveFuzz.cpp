@@ -44,8 +44,9 @@ void checkFile(FuzzedDataProvider& input)
 void checkTable(FuzzedDataProvider& input)
 {
     XarArchive archive;
-    archive.algorithm = input.ConsumeIntegralInRange(0u, 2u);
-    const int checksumSize = archive.algorithm == 2 ? 16 : 20;
+    const auto algorithm = input.ConsumeIntegralInRange(0u, 2u);
+    archive.header["algorithm"] = algorithm;
+    const int checksumSize = algorithm == 2 ? 16 : 20;
     const int damagedByte = input.ConsumeIntegralInRange(1, checksumSize); // from the end
     archive.table = restOf(input);
     const PackageSignature signature = signatureOf(archive.bytes());
@@ -76,7 +77,7 @@ void checkCertificates(FuzzedDataProvider& input)
     if (isSignedTwice)
         signatures += signatureElement(certificateElements({"another"}));
     XarArchive archive;
-    archive.table = tableOf(checksumElement("sha1", 20) + signatures);
+    archive.table = tableOf(ChecksumElement + signatures);
     const PackageSignature signature = signatureOf(archive.bytes());
     require(signature.state == PackageSignature::Good, "the archive is good");
     require(signature.certificates == certificates, "the certificates are those of the first signature");

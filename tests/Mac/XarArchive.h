@@ -5,35 +5,34 @@
 #include <QCryptographicHash>
 #include <QDataStream>
 #include <QList>
+#include <QMap>
 
+#include <algorithm>
 #include <optional>
 
 /// Writes xar archives, good ones and others: what is left unset is made as it should be.
 struct XarArchive {
-    QByteArray magic = "xar!";
-    quint16 headerSize = 28;
-    quint16 version = 1;
-    quint32 algorithm = 1;
-    QByteArray afterHeader; // the name of the algorithm, for one
+    QMap<QByteArray, quint64> header; // by the names in `bytes`
+    QByteArray afterHeader;           // the name of the algorithm, for one
     QByteArray table;
     QByteArray heapStart; // what lies in the heap before the checksum
     std::optional<QByteArray> compressed;
     std::optional<QByteArray> checksum;
-    std::optional<quint64> compressedSize;
-    std::optional<quint64> tableSize;
 
     QByteArray bytes() const
     {
         static const QCryptographicHash::Algorithm algorithms[] = {
             QCryptographicHash::Sha1, QCryptographicHash::Sha1, QCryptographicHash::Md5, QCryptographicHash::Sha256};
         const QByteArray body = compressed.value_or(qCompress(table).mid(4)); // a plain zlib stream behind a length
+        const quint64 algorithm = header.value("algorithm", 1);
         QByteArray result;
         QDataStream stream(&result, QIODevice::WriteOnly);
-        stream.writeRawData(magic.constData(), magic.size());
-        stream << headerSize << version << compressedSize.value_or(body.size()) << tableSize.value_or(table.size())
-               << algorithm;
+        stream << static_cast<quint32>(header.value("magic", 0x78617221)) // "xar!"
+               << static_cast<quint16>(header.value("size", 28 + afterHeader.size()))
+               << static_cast<quint16>(header.value("version", 1)) << header.value("compressed", body.size())
+               << header.value("table", table.size()) << static_cast<quint32>(algorithm);
         return result + afterHeader + body + heapStart +
-            checksum.value_or(QCryptographicHash::hash(body, algorithms[qMin(algorithm, 3u)]));
+            checksum.value_or(QCryptographicHash::hash(body, algorithms[std::min<quint64>(algorithm, 3)]));
     }
 };
 
@@ -54,19 +53,15 @@ inline QByteArray certificateElements(const QList<QByteArray>& certificates)
     return elements;
 }
 
-inline QByteArray signatureElement(const QByteArray& certificateElements, const QByteArray& name = "signature")
+inline QByteArray signatureElement(const QByteArray& certificateElements)
 {
-    return '<' + name +
-        " style=\"RSA\"><offset>20</offset><size>256</size>\n"
-        "<KeyInfo xmlns=\"http://www.w3.org/2000/09/xmldsig#\"><X509Data>\n" +
-        certificateElements + "</X509Data></KeyInfo></" + name + ">\n";
+    return "<signature style=\"RSA\"><offset>20</offset><size>256</size>\n"
+           "<KeyInfo xmlns=\"http://www.w3.org/2000/09/xmldsig#\"><X509Data>\n" +
+        certificateElements + "</X509Data></KeyInfo></signature>\n";
 }
 
-inline QByteArray checksumElement(const QByteArray& style, quint64 size, quint64 offset = 0)
-{
-    return "<checksum style=\"" + style + "\"><offset>" + QByteArray::number(offset) + "</offset><size>" +
-        QByteArray::number(size) + "</size></checksum>\n";
-}
+/// That an archive as installers come has.
+const QByteArray ChecksumElement = "<checksum style=\"sha1\"><offset>0</offset><size>20</size></checksum>\n";
 
 inline QByteArray tableOf(const QByteArray& elements)
 {
@@ -78,6 +73,6 @@ inline QByteArray tableOf(const QByteArray& elements)
 inline XarArchive signedArchive(const QList<QByteArray>& certificates)
 {
     XarArchive archive;
-    archive.table = tableOf(checksumElement("sha1", 20) + signatureElement(certificateElements(certificates)));
+    archive.table = tableOf(ChecksumElement + signatureElement(certificateElements(certificates)));
     return archive;
 }
