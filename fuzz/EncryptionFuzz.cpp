@@ -25,7 +25,7 @@ Cipher takeCipher(FuzzedDataProvider& input)
 std::vector<int> takeSizes(FuzzedDataProvider& input)
 {
     std::vector<int> sizes(input.ConsumeIntegralInRange<std::size_t>(0, 20));
-    const int largest = input.PickValueInArray({5, 40, PortionedSource::Failure});
+    const int largest = input.PickValueInArray({5, 40, NarrowDevice::Failure});
     std::generate(sizes.begin(), sizes.end(), [&] { return input.ConsumeIntegralInRange(0, largest); });
     return sizes;
 }
@@ -33,7 +33,9 @@ std::vector<int> takeSizes(FuzzedDataProvider& input)
 /// All of it at once, the plain way.
 QByteArray plainly(const Cipher& cipher, const QByteArray& content)
 {
-    PlainEncryptor encryptor(cipher, QSharedPointer<QIODevice>(new PortionedSource(content, {}, false)));
+    const auto source = QSharedPointer<NarrowDevice>::create(QIODevice::ReadOnly);
+    source->content = content;
+    PlainEncryptor encryptor(cipher, source);
     QByteArray all;
     while (!encryptor.atEnd()) {
         const Outcome outcome = outcomeOf(encryptor, 4096);

@@ -4,20 +4,22 @@
 
 #include <algorithm>
 #include <limits>
+#include <stdexcept>
 #include <vector>
 
-/// Gives and takes at most `most` bytes at a time, and fails after `room` bytes.
+/// Gives its content in portions, again and again, some of them empty, and fails after `room` bytes.
 class NarrowDevice : public QIODevice {
 public:
+    static constexpr int Failure = 700; // a portion of this size is none: reading throws
+
     explicit NarrowDevice(OpenMode mode, bool sequential = false) : m_sequential(sequential)
     {
         open(mode | Unbuffered);
     }
 
     QByteArray content;
-    qint64 most = std::numeric_limits<qint64>::max();
+    std::vector<int> portions; // bytes at most; none: as many as are asked for
     qint64 room = std::numeric_limits<qint64>::max();
-    int pauses = 0; // so many reads give nothing
     std::vector<qint64> requests;
 
     bool isSequential() const override { return m_sequential; }
@@ -29,13 +31,12 @@ protected:
     qint64 readData(char* data, qint64 size) override
     {
         requests.push_back(size);
-        if (pauses > 0) {
-            --pauses;
-            return 0;
-        }
+        const qint64 portion = portions.empty() ? size : portions[requests.size() % portions.size()];
+        if (portion == Failure)
+            throw std::runtime_error("the device has failed");
         if (room == 0)
             return -1;
-        const qint64 given = std::min({size, most, room, content.size() - m_position});
+        const qint64 given = std::min({size, portion, room, content.size() - m_position});
         std::copy_n(content.constData() + m_position, given, data);
         m_position += given;
         room -= given;
@@ -45,7 +46,7 @@ protected:
     qint64 writeData(const char* data, qint64 size) override
     {
         requests.push_back(size);
-        const qint64 taken = std::min({size, most, room});
+        const qint64 taken = std::min(size, room);
         content.append(data, int(taken));
         room -= taken;
         return taken;

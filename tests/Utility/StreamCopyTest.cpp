@@ -48,8 +48,7 @@ TEST(StreamCopy, ShortReadsAreWrittenAsTheyCome)
 {
     Device source(QIODevice::ReadOnly, true);
     source.content = "0123456789";
-    source.most = 3;
-    source.pauses = 2;
+    source.portions = {3, 0, 0, 3, 3, 3}; // the first request gets the second of them
     Device destination(QIODevice::WriteOnly);
     EXPECT_EQ(StreamCopy(4).exec(destination, source, 8), 8);
     EXPECT_EQ(destination.content, QByteArray("01234567"));

@@ -7,12 +7,9 @@
 #include "Log/ChildProcess.h"
 
 #include <QBuffer>
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <numeric>
 #include <random>
 
 #include <sys/resource.h>
@@ -60,25 +57,6 @@ Cipher randomCipher(Algorithm algorithm, Type type)
     return {algorithm, type, Key::randomKey(algorithm), iv};
 }
 
-/// The file at `path` encrypted by the openssl program: a second opinion, independent of the cipher library.
-QByteArray sealedByOpenssl(const Cipher& cipher, const QString& path)
-{
-    static const char* const ciphers[] = {"des", "des-ede", "des-ede3", "aes-128", "aes-192", "aes-256"};
-    // OpenSSL keeps single DES among its legacy ciphers, and names triple DES in ECB mode without the mode.
-    QByteArray command = "openssl enc -provider legacy -provider default -e -";
-    command += ciphers[cipher.algorithm];
-    if (cipher.type == Cbc)
-        command += "-cbc -iv " + cipher.iv.toHex();
-    else if (cipher.algorithm != Des112 && cipher.algorithm != Des3)
-        command += "-ecb";
-    command += " -K " + cipher.key.toHex() + " -in " + QFile::encodeName(path);
-
-    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.constData(), "r"), ::pclose);
-    QFile output;
-    output.open(pipe.get(), QIODevice::ReadOnly);
-    return output.readAll();
-}
-
 } // namespace
 
 TEST(Encryptor, KnownAnswers)
@@ -89,31 +67,8 @@ TEST(Encryptor, KnownAnswers)
         const Cipher cipher = {algorithm, answer["cipher"].endsWith("cbc") ? Cbc : Ecb, bytes("key"), bytes("iv")};
         const QByteArray plain = bytes("plain");
         const QByteArray sealed = transformed(cipher, plain);
-        EXPECT_EQ(sealed.size(), plain.size() + Key::ivLength(algorithm)) << answer["name"].constData();
-        EXPECT_EQ(sealed.left(plain.size()).toHex(), answer["sealed"]) << answer["name"].constData();
+        EXPECT_EQ(sealed.toHex(), answer["sealed"]) << answer["name"].constData();
         EXPECT_EQ(transformed(cipher.inverse(), sealed), plain) << answer["name"].constData();
-    }
-}
-
-TEST(Encryptor, AgreesWithTheOpensslProgram)
-{
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("plain"));
-    std::vector<int> lengths(71);
-    std::iota(lengths.begin(), lengths.end(), 0);
-    lengths.insert(lengths.end(), {4095, 4096, 1000003});
-    for (const Algorithm algorithm : Algorithms) {
-        for (const Type type : {Cbc, Ecb}) {
-            const Cipher cipher = randomCipher(algorithm, type);
-            for (const int length : lengths) {
-                SCOPED_TRACE(testing::Message() << "algorithm " << algorithm << " type " << type << " " << length);
-                const QByteArray plain = randomBytes(length);
-                writeFile(path, plain);
-                const QByteArray sealed = sealedByOpenssl(cipher, path);
-                ASSERT_EQ(transformed(cipher, plain), sealed);
-                ASSERT_EQ(transformed(cipher.inverse(), sealed), plain);
-            }
-        }
     }
 }
 
@@ -134,7 +89,7 @@ TEST(Encryptor, EachCallAgreesWithThePlainStepList)
         if (random() % 2)
             stream.cipher = stream.cipher.inverse(); // of what is damaged, too
         stream.isSequential = random() % 2;
-        stream.portions = randomSizes(round % 2 ? 90 : PortionedSource::Failure + 1);
+        stream.portions = randomSizes(round % 2 ? 90 : NarrowDevice::Failure + 1);
         stream.requests = randomSizes(round % 3 ? 40 : 700);
         stream.growingCall = static_cast<int>(random() % 100);
         stream.growth = randomBytes(static_cast<int>(random() % 50));

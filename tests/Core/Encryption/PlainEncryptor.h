@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Utility/NarrowDevice.h"
+
 #include <Orv/Core/Encryption/EncryptorBase.h>
 #include <Orv/Core/Encryption/Key.h>
 
@@ -132,44 +134,6 @@ template <class Encryptor> Outcome outcomeOf(Encryptor& encryptor, qint64 maxSiz
     return outcome;
 }
 
-/// Delivers its content in given portions, again and again, some of them empty.
-class PortionedSource : public QIODevice {
-public:
-    static constexpr int Failure = 700; // a portion of this size is none: the source throws
-
-    PortionedSource(QByteArray content, std::vector<int> portions, bool sequential)
-        : m_content(std::move(content)), m_portions(std::move(portions)), m_sequential(sequential)
-    {
-        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
-    }
-
-    bool isSequential() const override { return m_sequential; }
-    bool atEnd() const override { return m_position == m_content.size(); }
-    void append(const QByteArray& more) { m_content += more; }
-
-    std::vector<qint64> requests;
-
-protected:
-    qint64 readData(char* data, qint64 maxSize) override
-    {
-        requests.push_back(maxSize);
-        const int portion = m_portions.empty() ? Failure - 1 : m_portions[requests.size() % m_portions.size()];
-        if (portion == Failure)
-            throw std::runtime_error("the source has failed");
-        const qint64 count = std::min({maxSize, m_content.size() - m_position, static_cast<qint64>(portion)});
-        std::copy_n(m_content.constData() + m_position, count, data);
-        m_position += count;
-        return count;
-    }
-    qint64 writeData(const char*, qint64) override { return -1; }
-
-private:
-    QByteArray m_content;
-    const std::vector<int> m_portions;
-    const bool m_sequential;
-    qint64 m_position = 0;
-};
-
 /// A stream, in what portions it comes and is asked for, and by what it grows.
 struct StreamCase {
     Cipher cipher;
@@ -187,10 +151,14 @@ inline const char* differenceFromPlain(const StreamCase& stream, QByteArray& who
 {
     constexpr int MostCalls = 200;
     constexpr qint64 RoomAtTheEnd = 47; // less than three of the largest blocks
-    auto* source = new PortionedSource(stream.content, stream.portions, stream.isSequential);
-    auto* plainSource = new PortionedSource(stream.content, stream.portions, stream.isSequential);
-    const auto encryptor = makeEncryptor(stream.cipher, QSharedPointer<QIODevice>(source));
-    PlainEncryptor plain(stream.cipher, QSharedPointer<QIODevice>(plainSource));
+    const auto source = QSharedPointer<NarrowDevice>::create(QIODevice::ReadOnly, stream.isSequential);
+    const auto plainSource = QSharedPointer<NarrowDevice>::create(QIODevice::ReadOnly, stream.isSequential);
+    for (const auto& each : {source, plainSource}) {
+        each->content = stream.content;
+        each->portions = stream.portions;
+    }
+    const auto encryptor = makeEncryptor(stream.cipher, source);
+    PlainEncryptor plain(stream.cipher, plainSource);
     QByteArray all("");
     bool isWhole = true;
     for (int call = 0; call < MostCalls && !(encryptor->atEnd() && call > stream.growingCall); ++call) {
@@ -206,8 +174,8 @@ inline const char* differenceFromPlain(const StreamCase& stream, QByteArray& who
         isWhole = isWhole && outcome.error.isEmpty();
         if (call == stream.growingCall && stream.isSequential && !stream.growth.isEmpty()) {
             isWhole = false;
-            source->append(stream.growth);
-            plainSource->append(stream.growth);
+            source->content += stream.growth;
+            plainSource->content += stream.growth;
         }
     }
     if (isWhole && encryptor->atEnd())
