@@ -5,6 +5,7 @@
 
 #include <Orv/Mac/CheckPackageSignature.h>
 
+#include <QDir>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QVector>
@@ -20,16 +21,13 @@ class CertificateTrustTest : public testing::Test {
 protected:
     void SetUp() override
     {
-        for (const char* const name : {"index", "none"})
-            writeFile(path(name), {});
-        for (const KnownAnswer& row : tableOfAnswers("certificates.txt")) {
-            make(row);
-            m_stored[row["name"]] = run({"x509", "-in", row["name"], "-outform", "DER"});
-        }
-        writeFile(path("huge.cnf"), "[huge]\nnsComment=" + QByteArray(300000, 'x') + '\n');
-        run({"x509", "-req", "-in", "direct.csr", "-CA", "root", "-CAkey", "root.key", "-days", "1000", "-extfile",
-            "huge.cnf", "-extensions", "huge", "-out", "huge"});
-        m_stored["huge"] = run({"x509", "-in", "huge", "-outform", "DER"}); // more than one can be
+        QProcess script;
+        script.setWorkingDirectory(m_folder.path());
+        script.start("bash", {dataPath("certificates.sh")});
+        ASSERT_TRUE(script.waitForFinished());
+        ASSERT_EQ(script.exitCode(), 0) << script.readAllStandardError().toStdString();
+        for (const QString& name : QDir(m_folder.path()).entryList({"*.der"}))
+            m_stored[name.chopped(4).toUtf8()] = contentOf(path(name));
         const QByteArray direct = m_stored["direct"];
         m_stored["text"] = "no certificate";
         m_stored["cut"] = direct.chopped(1);
@@ -56,32 +54,6 @@ protected:
     KnownAnswer m_stored;
 
 private:
-    void make(const KnownAnswer& row) const
-    {
-        const QString config = dataPath("ca.cnf");
-        const QString name = row["name"];
-        const QString issuer = row["issuer"];
-        QStringList request = {"req", "-config", config, "-subj", "/CN=" + name, "-newkey", "ec", "-pkeyopt",
-            "ec_paramgen_curve:prime256v1", "-nodes", "-keyout", name + ".key", "-out"};
-        if (issuer == "itself") {
-            run(request + QStringList({name, "-x509", "-days", "1000", "-extensions", row["section"]}));
-            return;
-        }
-        run(request + QStringList(name + ".csr"));
-        run({"ca", "-batch", "-config", config, "-extensions", row["section"], "-startdate", row["from"], "-enddate",
-            row["to"], "-notext", "-cert", issuer, "-keyfile", issuer + ".key", "-in", name + ".csr", "-out", name});
-    }
-
-    QByteArray run(const QStringList& arguments) const
-    {
-        QProcess openssl;
-        openssl.setWorkingDirectory(m_folder.path());
-        openssl.start("openssl", arguments);
-        if (!openssl.waitForFinished() || openssl.exitCode() != 0)
-            ADD_FAILURE() << arguments.join(' ') << openssl.readAllStandardError().toStdString();
-        return openssl.readAllStandardOutput();
-    }
-
     QTemporaryDir m_folder;
 };
 
