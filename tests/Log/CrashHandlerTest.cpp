@@ -74,24 +74,17 @@ TEST_F(CrashHandlerTest, CrashSignalsLeaveAFarewellAndTheReason)
     }
 }
 
-TEST_F(CrashHandlerTest, FirstInterruptQuitsTheApplication)
+TEST_F(CrashHandlerTest, FirstInterruptQuitsTheApplicationAndTheSecondEndsItWithAnError)
 {
-    const Ending ending = runInChild([this] {
-        setUp();
-        std::exit(interruptedLoop(1) == 0 ? 7 : 8);
-    });
-    EXPECT_EQ(ending.exitCode, 7);
-    EXPECT_THAT(log(), HasSubstr("[INFO]: Quit the application (user request signal):2\n"));
-}
-
-TEST_F(CrashHandlerTest, SecondInterruptEndsTheLoopWithAnError)
-{
-    const Ending ending = runInChild([this] {
-        setUp();
-        std::exit(interruptedLoop(2) == -1 ? 7 : 8);
-    });
-    EXPECT_EQ(ending.exitCode, 7);
-    EXPECT_THAT(log(), HasSubstr("[INFO]: Application terminated...\n"));
+    const std::tuple<int, int, const char*> rows[] = {{1, 0, "[INFO]: Quit the application (user request signal):2\n"},
+        {2, -1, "[INFO]: Application terminated...\n"}};
+    for (const auto& [times, result, entry] : rows) {
+        expectInChild([this, times = times, result = result] {
+            setUp();
+            EXPECT_EQ(interruptedLoop(times), result);
+        });
+        EXPECT_THAT(log(), HasSubstr(entry));
+    }
 }
 
 TEST_F(CrashHandlerTest, IsNotInstalledUnlessAsked)
