@@ -59,9 +59,11 @@ TEST(Endian, Guids)
     EXPECT_EQ(data.toHex(), ("xxx" + layout + "x").toHex());
     EXPECT_EQ(Endian::ToGuidLittleEndian(data, 3), id);
 
-    QByteArray small("x");
-    Endian::WriteBytesLittleEndian(id, small, 0);
-    EXPECT_EQ(small.toHex(), layout.left(8).toHex()) << "grown for the first half only";
+    for (const int size : {1, 8, 11, 15}) {
+        QByteArray small(size, 'x');
+        Endian::WriteBytesLittleEndian(id, small, 0);
+        EXPECT_EQ(small.toHex(), layout.left(std::max(8, size)).toHex()) << "grown for the first half only";
+    }
 }
 
 TEST(Endian, Fields)
@@ -73,8 +75,8 @@ TEST(Endian, Fields)
         QByteArray result;
     };
     const Row rows[] = {{"abc", 2, 5, QByteArray("--abc\0\0", 7)}, {"abcdef", 0, 3, "abc---"},
-        {"", 1, 2, QByteArray("-\0\0---", 6)}, {"abc", 0, 0, "------"}, {"abc", 0, -1, "------"},
-        {"abc", 8, 2, QByteArray("------\0\0ab", 10)}};
+        {"", 1, 2, QByteArray("-\0\0---", 6)}, {"abc", 2, 3, "--abc-"}, {"abc", 0, 0, "------"},
+        {"abc", 8, 0, "------"}, {"abc", 0, -1, "------"}, {"abc", 8, 2, QByteArray("------\0\0ab", 10)}};
     for (const Row& row : rows) {
         QByteArray data(6, '-');
         Endian::StringToBytes(row.source, data, row.offset, row.length);
