@@ -7,9 +7,12 @@
 #include "Log/ChildProcess.h"
 
 #include <QBuffer>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <numeric>
 #include <random>
 
 #include <sys/resource.h>
@@ -57,6 +60,25 @@ Cipher randomCipher(Algorithm algorithm, Type type)
     return {algorithm, type, Key::randomKey(algorithm), iv};
 }
 
+/// The file at `path` encrypted by the openssl program: a second opinion, independent of the cipher library.
+QByteArray sealedByOpenssl(const Cipher& cipher, const QString& path)
+{
+    static const char* const ciphers[] = {"des", "des-ede", "des-ede3", "aes-128", "aes-192", "aes-256"};
+    // OpenSSL keeps single DES among its legacy ciphers, and names triple DES in ECB mode without the mode.
+    QByteArray command = "openssl enc -provider legacy -provider default -e -";
+    command += ciphers[cipher.algorithm];
+    if (cipher.type == Cbc)
+        command += "-cbc -iv " + cipher.iv.toHex();
+    else if (cipher.algorithm != Des112 && cipher.algorithm != Des3)
+        command += "-ecb";
+    command += " -K " + cipher.key.toHex() + " -in " + QFile::encodeName(path);
+
+    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.constData(), "r"), ::pclose);
+    QFile output;
+    output.open(pipe.get(), QIODevice::ReadOnly);
+    return output.readAll();
+}
+
 } // namespace
 
 TEST(Encryptor, KnownAnswers)
@@ -69,6 +91,28 @@ TEST(Encryptor, KnownAnswers)
         const QByteArray sealed = transformed(cipher, plain);
         EXPECT_EQ(sealed.toHex(), answer["sealed"]) << answer["name"].constData();
         EXPECT_EQ(transformed(cipher.inverse(), sealed), plain) << answer["name"].constData();
+    }
+}
+
+TEST(Encryptor, AgreesWithTheOpensslProgram)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("plain"));
+    std::vector<int> lengths(71);
+    std::iota(lengths.begin(), lengths.end(), 0);
+    lengths.insert(lengths.end(), {4095, 4096, 1000003});
+    for (const Algorithm algorithm : Algorithms) {
+        for (const Type type : {Cbc, Ecb}) {
+            const Cipher cipher = randomCipher(algorithm, type);
+            for (const int length : lengths) {
+                SCOPED_TRACE(testing::Message() << "algorithm " << algorithm << " type " << type << " " << length);
+                const QByteArray plain = randomBytes(length);
+                writeFile(path, plain);
+                const QByteArray sealed = sealedByOpenssl(cipher, path);
+                ASSERT_EQ(transformed(cipher, plain), sealed);
+                ASSERT_EQ(transformed(cipher.inverse(), sealed), plain);
+            }
+        }
     }
 }
 
