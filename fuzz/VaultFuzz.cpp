@@ -10,8 +10,6 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFileInfo>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QSet>
 #include <QTemporaryDir>
 
@@ -40,57 +38,35 @@ template <class Read> auto unlessRefused(const Read& read) -> std::optional<decl
     }
 }
 
-bool isSame(const Entry& one, const Entry& other)
-{
-    return one.type == other.type && one.path == other.path && one.permissions == other.permissions &&
-        one.modified == other.modified && one.target == other.target && one.size == other.size && one.iv == other.iv &&
-        one.treeHash == other.treeHash && one.sealedName == other.sealedName;
-}
-
 void checkHead(const QByteArray& json)
 {
     writeFile(headPath(vaultFolder()), json);
     const auto head = unlessRefused([] { return readHead(vaultFolder()); });
     if (!head)
         return;
-    require(Key::length(head->algorithm) > 0, "there is such a cipher");
     require(head->manifestIv.size() == Key::ivLength(head->algorithm), "the IV fits the cipher");
-    require(head->salt.size() >= 8 && head->salt.size() <= 64, "the salt is neither short nor long");
     require(head->iterations >= 1 && head->iterations <= 10000000, "the key can be made in a minute");
-    writeHead(vaultFolder(), *head);
-    const QJsonObject given = QJsonDocument::fromJson(json).object();
-    const QJsonObject written = QJsonDocument::fromJson(contentOf(headPath(vaultFolder()))).object();
-    for (const QString& name : written.keys())
-        require(written[name] == given[name], "a head that is written again is the same");
 }
 
-/// A vault whose key costs nothing.
-struct CheapVault {
-    VaultHead head;
-    Cipher cipher;
+// A vault whose key costs nothing
+const VaultHead Head = {Orv::Core::Encryption::Aes128, QByteArray(), 0, QByteArray(16, 'i')};
+const Cipher VaultCipher(Orv::Core::Encryption::Aes128, QByteArray(16, 'k'));
 
-    CheapVault() : cipher(Orv::Core::Encryption::Aes128, QByteArray(16, 'k'))
-    {
-        head.algorithm = Orv::Core::Encryption::Aes128;
-        head.manifestIv = QByteArray(16, 'i');
-    }
+void writeSealed(const QByteArray& plain)
+{
+    const auto source = QSharedPointer<QBuffer>::create();
+    source->setData(plain);
+    source->open(QIODevice::ReadOnly);
+    QByteArray sealed;
+    VaultCipher.run(Cipher::Encrypt, Head.manifestIv, source,
+        [&sealed](const char* data, qint64 size) { sealed.append(data, static_cast<int>(size)); });
+    writeFile(manifestPath(vaultFolder()), sealed);
+}
 
-    void writeSealed(const QByteArray& plain) const
-    {
-        const auto source = QSharedPointer<QBuffer>::create();
-        source->setData(plain);
-        source->open(QIODevice::ReadOnly);
-        QByteArray sealed;
-        cipher.run(Cipher::Encrypt, head.manifestIv, source,
-            [&sealed](const char* data, qint64 size) { sealed.append(data, static_cast<int>(size)); });
-        writeFile(manifestPath(vaultFolder()), sealed);
-    }
-
-    auto read() const
-    {
-        return unlessRefused([this] { return readManifest(vaultFolder(), head, cipher); });
-    }
-};
+std::vector<Entry> readEntries()
+{
+    return readManifest(vaultFolder(), Head, VaultCipher);
+}
 
 void checkPaths(const std::vector<Entry>& entries)
 {
@@ -119,40 +95,33 @@ void checkPaths(const std::vector<Entry>& entries)
     }
 }
 
-void checkLines(const CheapVault& vault, const QByteArray& lines)
+void checkLines(const QByteArray& lines)
 {
     const QByteArray hash = QCryptographicHash::hash(lines, QCryptographicHash::Sha256).toHex();
-    vault.writeSealed("orvseal manifest 1 " + hash + '\n' + lines);
-    const auto entries = vault.read();
+    writeSealed("orvseal manifest 1 " + hash + '\n' + lines);
+    const auto entries = unlessRefused(readEntries);
     if (!entries)
         return;
     checkPaths(*entries);
-    writeManifest(vaultFolder(), vault.head, vault.cipher, *entries);
-    const std::vector<Entry> again = readManifest(vaultFolder(), vault.head, vault.cipher);
-    require(std::equal(again.begin(), again.end(), entries->begin(), entries->end(),
-                [](const Entry& one, const Entry& other) { return isSame(one, other); }),
-        "a manifest that is written again says the same");
+    writeManifest(vaultFolder(), Head, VaultCipher, *entries);
+    require(readEntries().size() == entries->size(), "a manifest that is written again has as many entries");
 }
 
 } // namespace
 
-/// Whatever a vault holds, what is read of it leads nowhere outside, and says the same when it is written again.
+/// Whatever a vault holds, what is read of it leads nowhere outside.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    static const CheapVault vault;
     FuzzedDataProvider input(data, size);
     const int kind = input.ConsumeIntegralInRange(0, 3);
     const QByteArray content = restOf(input);
     if (kind == 0) {
         checkHead(content);
-    } else if (kind == 1) {
-        writeFile(manifestPath(vaultFolder()), content);
-        require(!vault.read(), "what was not sealed with the key is refused");
-    } else if (kind == 2) {
-        vault.writeSealed(content);
-        require(!vault.read(), "a manifest without the right hash is refused");
+    } else if (kind == 3) {
+        checkLines(content);
     } else {
-        checkLines(vault, content);
+        kind == 1 ? writeFile(manifestPath(vaultFolder()), content) : writeSealed(content);
+        require(!unlessRefused(readEntries), "what was not sealed with the key, or has not the right hash, is refused");
     }
     return 0;
 }

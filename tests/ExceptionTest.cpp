@@ -1,7 +1,5 @@
 #include <Orv/Exception.h>
 
-#include <gtest/gtest.h>
-
 #include <memory>
 
 namespace {
@@ -14,12 +12,13 @@ TYPED_TEST_SUITE(ExceptionFamily, Family, );
 TYPED_TEST(ExceptionFamily, CarriesItsMessage)
 {
     for (const QString& message : {QString(), QString::fromUtf8("Datei fehlt: größe ✓")}) {
-        const TypeParam exception(message);
-        EXPECT_EQ(exception.message(), message);
-        EXPECT_EQ(std::string(exception.what()), message.toStdString());
+        try {
+            throw TypeParam(message);
+        } catch (const Orv::Exception::Base& exception) {
+            EXPECT_EQ(exception.message(), message);
+            EXPECT_EQ(exception.what(), message.toStdString());
+        }
     }
-    EXPECT_THROW(throw TypeParam(QStringLiteral("x")), Orv::Exception::Base);
-    EXPECT_THROW(throw TypeParam(QStringLiteral("x")), std::exception);
 }
 
 TYPED_TEST(ExceptionFamily, TextLivesAsLongAsTheException)
@@ -31,10 +30,8 @@ TYPED_TEST(ExceptionFamily, TextLivesAsLongAsTheException)
     EXPECT_STREQ(text, "some message longer than any short string");
 }
 
-TEST(Exception, MarkersAreApart)
-{
-    EXPECT_FALSE((std::is_base_of_v<Orv::Exception::InvalidData, Orv::Exception::Canceled>));
-    EXPECT_FALSE((std::is_base_of_v<Orv::Exception::Canceled, Orv::Exception::InvalidData>));
-}
+static_assert(!std::is_base_of_v<Orv::Exception::InvalidData, Orv::Exception::Canceled>);
+static_assert(!std::is_base_of_v<Orv::Exception::Canceled, Orv::Exception::InvalidData>);
+static_assert(std::is_base_of_v<std::exception, Orv::Exception::Base>);
 
 } // namespace

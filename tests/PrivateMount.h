@@ -8,8 +8,6 @@ class PrivateMount {
 public:
     /// An empty one of `size` bytes: of type "tmpfs" in memory, of another type in a file.
     PrivateMount(qint64 size, const char* type);
-    /// The folder itself, read-only.
-    explicit PrivateMount(const QString& readOnlyFolder);
     ~PrivateMount();
     PrivateMount(const PrivateMount&) = delete;
     PrivateMount& operator=(const PrivateMount&) = delete;

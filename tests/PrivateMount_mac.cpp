@@ -4,8 +4,4 @@ PrivateMount::PrivateMount(qint64, const char*) : m_reason(QStringLiteral("no pr
 {
 }
 
-PrivateMount::PrivateMount(const QString&) : PrivateMount(0, nullptr)
-{
-}
-
 PrivateMount::~PrivateMount() = default;

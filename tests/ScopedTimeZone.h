@@ -1,29 +1,17 @@
 #pragma once
 
-#include <QByteArray>
+#include <QScopeGuard>
 
 #include <ctime>
 
-/// Makes a zone the machine's local one while it lives.
-class ScopedTimeZone {
-public:
-    explicit ScopedTimeZone(const char* zone) : m_before(qgetenv("TZ")), m_wasSet(qEnvironmentVariableIsSet("TZ"))
-    {
-        qputenv("TZ", zone);
+/// Makes a zone the machine's local one while the result lives.
+[[nodiscard]] inline auto scopedTimeZone(const QByteArray& zone)
+{
+    const QByteArray before = qgetenv("TZ"); // null if it is not set
+    qputenv("TZ", zone);
+    ::tzset();
+    return qScopeGuard([before] {
+        before.isNull() ? qunsetenv("TZ") : qputenv("TZ", before);
         ::tzset();
-    }
-    ~ScopedTimeZone()
-    {
-        if (m_wasSet)
-            qputenv("TZ", m_before);
-        else
-            qunsetenv("TZ");
-        ::tzset();
-    }
-    ScopedTimeZone(const ScopedTimeZone&) = delete;
-    ScopedTimeZone& operator=(const ScopedTimeZone&) = delete;
-
-private:
-    const QByteArray m_before;
-    const bool m_wasSet;
-};
+    });
+}

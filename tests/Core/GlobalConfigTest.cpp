@@ -1,86 +1,64 @@
 #include <Orv/Core/GlobalConfig.h>
 
+#include <QStringList>
 #include <QUrl>
 
-#include <gtest/gtest.h>
+#include <functional>
 
 using Orv::Core::GlobalConfig;
 
-TEST(GlobalConfig, Defaults)
+namespace {
+
+/// All settings, in the order of the setters below.
+QStringList settingsOf(GlobalConfig& c)
 {
-    const auto config = GlobalConfig::mockInstancePtr();
-    EXPECT_FALSE(config->usePax());
-    EXPECT_EQ(config->retryCount(), 5u);
-    EXPECT_EQ(config->specialRetryCount(), 500u);
-    EXPECT_EQ(config->timeout(), 60u);
-    EXPECT_EQ(config->retryTimeout(), 2000u);
-    EXPECT_EQ(config->specialRetryTimeout(), 1000u);
-    EXPECT_FALSE(config->needLoadCloudPlugin());
-    EXPECT_EQ(QUrl(config->paxEndpoint(), QUrl::StrictMode).scheme(), QStringLiteral("https"));
-    EXPECT_FALSE(config->sslEnableVerifyPeer());
-    EXPECT_FALSE(config->hasSslUpdateCache());
-    EXPECT_TRUE(config->sslCertificatesCache().isEmpty());
-    for (const QString& text : {config->cloudPluginName(), config->pluginPath(), config->sslCertificatePath(),
-             config->sslCertificateInfo(), config->sslTrustedSertificate()})
-        EXPECT_TRUE(text.isEmpty());
-    EXPECT_EQ(GlobalConfig::PaxCloudPluginName, QStringLiteral("libpaxCloud"));
+    const auto text = [](unsigned number) { return QString::number(number); };
+    return {text(c.usePax()), text(c.retryCount()), text(c.retryTimeout()), text(c.specialRetryCount()),
+        c.paxEndpoint(), c.pluginPath(), c.sslCertificatePath(), c.sslCertificateInfo(), c.sslTrustedSertificate(),
+        text(c.sslEnableVerifyPeer()), text(c.hasSslUpdateCache()), c.sslCertificatesCache().values().value(0),
+        text(c.needLoadCloudPlugin()), c.cloudPluginName(), text(c.timeout()), text(c.specialRetryTimeout())};
 }
 
-TEST(GlobalConfig, EachSetterReachesItsOwnGetter)
-{
-    const auto config = GlobalConfig::mockInstancePtr();
-    config->setUsePax(true);
-    config->setRetryCount(7);
-    config->setRetryTimeout(8);
-    config->setSpecialRetryCount(9);
-    config->setPaxEndpoint(QStringLiteral(" endpoint "));
-    config->setPluginPath(QStringLiteral("path"));
-    config->setLoadCloudPlugin(true, QStringLiteral("plugin"));
-    config->setSslCertificatePath(QStringLiteral("certificate path"));
-    config->setSslCertificateInfo(QStringLiteral("info"));
-    config->setSslTrustedCertificate(QStringLiteral("trusted"));
-    EXPECT_TRUE(config->usePax());
-    EXPECT_FALSE(config->sslEnableVerifyPeer());
-    config->setSslEnableVerifyPeer(true);
-    EXPECT_FALSE(config->hasSslUpdateCache());
-    config->setHasSslUpdateCache(true);
-    config->sslCertificatesCache().insert("certificate");
+} // namespace
 
-    EXPECT_TRUE(config->hasSslUpdateCache());
-    EXPECT_EQ(config->retryCount(), 7u);
-    EXPECT_EQ(config->retryTimeout(), 8u);
-    EXPECT_EQ(config->specialRetryCount(), 9u);
-    EXPECT_EQ(config->specialRetryTimeout(), 1000u);
-    EXPECT_EQ(config->paxEndpoint(), QStringLiteral(" endpoint "));
-    EXPECT_EQ(config->pluginPath(), QStringLiteral("path"));
-    EXPECT_TRUE(config->needLoadCloudPlugin());
-    EXPECT_EQ(config->cloudPluginName(), QStringLiteral("plugin"));
-    EXPECT_EQ(config->sslCertificatePath(), QStringLiteral("certificate path"));
-    EXPECT_EQ(config->sslCertificateInfo(), QStringLiteral("info"));
-    EXPECT_EQ(config->sslTrustedSertificate(), QStringLiteral("trusted"));
-    EXPECT_TRUE(config->sslCertificatesCache().contains("certificate"));
-}
-
-TEST(GlobalConfig, ZeroIsRaisedOnlyForRetries)
+TEST(GlobalConfig, EachSetterChangesItsOwnSetting)
 {
+    struct Change {
+        int setting;
+        const char* value;
+        std::function<void(GlobalConfig&)> set;
+    };
+    const Change changes[] = {{0, "1", [](auto& c) { c.setUsePax(true); }},
+        {1, "7", [](auto& c) { c.setRetryCount(7); }}, {1, "1", [](auto& c) { c.setRetryCount(0); }},
+        {2, "8", [](auto& c) { c.setRetryTimeout(8); }}, {2, "1", [](auto& c) { c.setRetryTimeout(0); }},
+        {3, "9", [](auto& c) { c.setSpecialRetryCount(9); }}, {3, "0", [](auto& c) { c.setSpecialRetryCount(0); }},
+        {4, " endpoint ", [](auto& c) { c.setPaxEndpoint(" endpoint "); }},
+        {5, "path", [](auto& c) { c.setPluginPath("path"); }},
+        {6, "certificate path", [](auto& c) { c.setSslCertificatePath("certificate path"); }},
+        {7, "info", [](auto& c) { c.setSslCertificateInfo("info"); }},
+        {8, "trusted", [](auto& c) { c.setSslTrustedCertificate("trusted"); }},
+        {9, "1", [](auto& c) { c.setSslEnableVerifyPeer(true); }},
+        {10, "1", [](auto& c) { c.setHasSslUpdateCache(true); }},
+        {11, "certificate", [](auto& c) { c.sslCertificatesCache().insert("certificate"); }},
+        {12, "1", [](auto& c) { c.setLoadCloudPlugin(true, ""); }},
+        {13, "plugin", [](auto& c) { c.setLoadCloudPlugin(true, "plugin"); }},
+        {12, "0", [](auto& c) { c.setLoadCloudPlugin(false, "plugin"); }}};
     const auto config = GlobalConfig::mockInstancePtr();
-    config->setRetryCount(0);
-    config->setRetryTimeout(0);
-    config->setSpecialRetryCount(0);
-    EXPECT_EQ(config->retryCount(), 1u);
-    EXPECT_EQ(config->retryTimeout(), 1u);
-    EXPECT_EQ(config->specialRetryCount(), 0u);
-    config->setLoadCloudPlugin(false, QStringLiteral("kept"));
-    EXPECT_FALSE(config->needLoadCloudPlugin());
-    EXPECT_EQ(config->cloudPluginName(), QStringLiteral("kept"));
+    EXPECT_EQ(QUrl(config->paxEndpoint(), QUrl::StrictMode).scheme(), "https");
+    QStringList expected = {
+        "0", "5", "2000", "500", config->paxEndpoint(), "", "", "", "", "0", "0", "", "0", "", "60", "1000"};
+    EXPECT_EQ(settingsOf(*config), expected);
+    for (const Change& change : changes) {
+        change.set(*config);
+        expected[change.setting] = change.value;
+        EXPECT_EQ(settingsOf(*config), expected);
+    }
+    EXPECT_EQ(GlobalConfig::PaxCloudPluginName, "libpaxCloud");
 }
 
 TEST(GlobalConfig, OneSharedInstanceAndIndependentMocks)
 {
-    EXPECT_EQ(GlobalConfig::instancePtr(), GlobalConfig::instancePtr());
     EXPECT_EQ(&GlobalConfig::instance(), GlobalConfig::instancePtr().data());
-    const auto mock = GlobalConfig::mockInstancePtr();
-    EXPECT_NE(mock, GlobalConfig::mockInstancePtr());
-    mock->setRetryCount(77);
+    GlobalConfig::mockInstancePtr()->setRetryCount(77);
     EXPECT_EQ(GlobalConfig::instance().retryCount(), 5u);
 }

@@ -5,11 +5,12 @@
 
 #include <QCryptographicHash>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <cmath>
 
 using namespace Orv::Core;
+using testing::ThrowsMessage;
 
 namespace {
 
@@ -32,16 +33,6 @@ QByteArray definition(int first, int count)
     while (left * 2 < count)
         left *= 2;
     return md5(definition(first, left) + definition(first + left, count - left));
-}
-
-QString messageOf(const std::function<void()>& work)
-{
-    try {
-        work();
-    } catch (const Orv::Exception::Base& exception) {
-        return exception.message();
-    }
-    return QStringLiteral("nothing thrown");
 }
 
 } // namespace
@@ -79,27 +70,26 @@ TEST(LiveHashTree, WorkedExample)
 TEST(LiveHashTree, Misuse)
 {
     MD5LiveHashTree tree;
-    EXPECT_EQ(messageOf([&] { tree.getFinalHash(); }), QStringLiteral("Hash tree not finished."));
+    EXPECT_THAT([&] { tree.getFinalHash(); }, ThrowsMessage<Orv::Exception::Base>("Hash tree not finished."));
 
     LoggedLines logged;
-    EXPECT_EQ(messageOf([&] { tree.finish(); }), QStringLiteral("Live hash tree calculation failed"));
-    EXPECT_EQ(logged.take(),
-        QStringList(QStringLiteral("error: LiveHashTree: Live hash tree calculation failed, size != 1, size: 0")));
+    EXPECT_THAT([&] { tree.finish(); }, ThrowsMessage<Orv::Exception::Base>("Live hash tree calculation failed"));
+    EXPECT_EQ(logged.take(), QStringList("error: LiveHashTree: Live hash tree calculation failed, size != 1, size: 0"));
     EXPECT_FALSE(tree.finished());
 
     tree.addNextHash("leaf");
     tree.finish();
     EXPECT_EQ(tree.getFinalHash(), QByteArray("leaf")) << "unhashed";
-    EXPECT_EQ(messageOf([&] { tree.getCurrentState(); }), QStringLiteral("No state for finished tree."));
+    EXPECT_THAT([&] { tree.getCurrentState(); }, ThrowsMessage<Orv::Exception::Base>("No state for finished tree."));
     tree.reset();
-    EXPECT_EQ(messageOf([&] { tree.getFinalHash(); }), QStringLiteral("Hash tree not finished."));
+    EXPECT_THAT([&] { tree.getFinalHash(); }, ThrowsMessage<Orv::Exception::Base>("Hash tree not finished."));
     EXPECT_TRUE(tree.getCurrentState().isEmpty());
 }
 
 TEST(LiveHashTreeNode, MergeAndText)
 {
     MD5LiveHashTreeNode node(QByteArray::fromHex("01ab"));
-    EXPECT_EQ(node.toString(), QStringLiteral("Level: 0, hash: 01ab"));
+    EXPECT_EQ(node.toString(), "Level: 0, hash: 01ab");
     node.promoteToLevel(4);
     node.merge(MD5LiveHashTreeNode("right"));
     EXPECT_EQ(node.level(), 5);

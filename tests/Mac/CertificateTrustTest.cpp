@@ -1,23 +1,20 @@
+#include "FolderTest.h"
 #include "KnownAnswers.h"
 #include "Log/ChildProcess.h"
-#include "Log/LoggedLines.h"
 #include "Mac/XarArchive.h"
 
 #include <Orv/Mac/CheckPackageSignature.h>
 
 #include <QDir>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QVector>
-
-#include <gtest/gtest.h>
 
 using Orv::Utitlity::CheckPackageSignature;
 
 namespace {
 
 /// Certificates of the openssl program, in a folder of their own.
-class CertificateTrustTest : public testing::Test {
+class CertificateTrustTest : public FolderTest {
 protected:
     void SetUp() override
     {
@@ -27,7 +24,7 @@ protected:
         ASSERT_TRUE(script.waitForFinished());
         ASSERT_EQ(script.exitCode(), 0) << script.readAllStandardError().toStdString();
         for (const QString& name : QDir(m_folder.path()).entryList({"*.der"}))
-            m_stored[name.chopped(4).toUtf8()] = contentOf(path(name));
+            m_stored[name.chopped(4).toUtf8()] = contentOf(placeOf(name));
         const QByteArray direct = m_stored["direct"];
         m_stored["text"] = "no certificate";
         m_stored["cut"] = direct.chopped(1);
@@ -36,25 +33,20 @@ protected:
         m_stored["large"] = QByteArray::fromHex("3082ffff") + QByteArray(65535, '\x30');
     }
 
-    QString path(const QString& name) const { return m_folder.filePath(name); }
-
     CheckPackageSignature::Result resultFor(const QList<QByteArray>& certificates) const
     {
-        writeFile(path("package"), signedArchive(certificates).bytes());
-        return CheckPackageSignature(path("package")).check_();
+        writeFile(placeOf("package"), signedArchive(certificates).bytes());
+        return CheckPackageSignature(placeOf("package")).check_();
     }
 
     /// The system's anchors, as OpenSSL sees them: one file and no folder.
     void setAnchors(const QString& name) const
     {
-        qputenv("SSL_CERT_FILE", QFile::encodeName(path(name)));
+        qputenv("SSL_CERT_FILE", QFile::encodeName(placeOf(name)));
         qputenv("SSL_CERT_DIR", "/dev/null");
     }
 
     KnownAnswer m_stored;
-
-private:
-    QTemporaryDir m_folder;
 };
 
 } // namespace
@@ -70,10 +62,9 @@ TEST_F(CertificateTrustTest, Chains)
                 QList<QByteArray> certificates;
                 for (const QByteArray& name : row["chain"].split(' '))
                     certificates += m_stored[name];
-                LoggedLines log;
                 EXPECT_EQ(resultFor(certificates) == CheckPackageSignature::Trusted, isTrusted)
-                    << row["chain"].constData() << " by " << row["anchors"].constData();
-                EXPECT_EQ(log.take(),
+                    << row["row"].constData();
+                EXPECT_EQ(logged.take(),
                     QStringList(isTrusted ? "debug: Trusted certificate" : "debug: Don't trust the certificate"));
             }
             setAnchors("root");
@@ -82,5 +73,5 @@ TEST_F(CertificateTrustTest, Chains)
                 EXPECT_EQ(resultFor(certificates) == CheckPackageSignature::Trusted, size == 100) << size;
             }
         },
-        path("output"));
+        placeOf("output"));
 }

@@ -1,13 +1,10 @@
-#include "Files.h"
+#include "FolderTest.h"
 #include "KnownAnswers.h"
 #include "ScopedTimeZone.h"
 
 #include <Orv/Utility/DSTSafe.h>
 
-#include <QTemporaryDir>
 #include <QTimeZone>
-
-#include <gtest/gtest.h>
 
 #include <utmpx.h>
 
@@ -25,20 +22,21 @@ std::string textOf(const QDateTime& time)
 TEST(DSTSafe, TimesInAGapAreMovedOn)
 {
     for (const KnownAnswer& row : tableOfAnswers("dst.txt")) {
-        const ScopedTimeZone zone(row["zone"].constData());
+        SCOPED_TRACE(row["row"].constData());
+        const auto zone = scopedTimeZone(row["zone"]);
         const QDate date = QDate::fromString(QString(row["time"]).left(10), Qt::ISODate);
         const QTime time = QTime::fromString(QString(row["time"]).mid(11), Qt::ISODateWithMs);
         const DSTSafe safe = DSTSafe(QDateTime(date, time, Qt::UTC));
-        EXPECT_EQ(textOf(safe.toQDateTime()), row["local"].toStdString()) << row["zone"].constData();
-        EXPECT_TRUE(safe.toQDateTime().isValid()) << row["zone"].constData();
-        EXPECT_EQ(safe.toQDateTime().timeSpec(), Qt::LocalTime) << row["zone"].constData();
-        EXPECT_EQ(textOf(safe.toUTCQDateTime()), row["time"].toStdString() + "Z") << row["zone"].constData();
+        EXPECT_EQ(textOf(safe.toQDateTime()), row["local"].toStdString());
+        EXPECT_TRUE(safe.toQDateTime().isValid());
+        EXPECT_EQ(safe.toQDateTime().timeSpec(), Qt::LocalTime);
+        EXPECT_EQ(textOf(safe.toUTCQDateTime()), row["time"].toStdString() + "Z");
     }
 }
 
 TEST(DSTSafe, KeepsTheWallClock)
 {
-    const ScopedTimeZone zone("America/New_York");
+    const auto zone = scopedTimeZone("America/New_York");
     const QDateTime utc(QDate(2024, 7, 1), QTime(12, 34, 56, 789), Qt::UTC);
     EXPECT_EQ(textOf(DSTSafe(utc).toQDateTime()), "2024-07-01T12:34:56.789");
     EXPECT_EQ(textOf(DSTSafe::fromVariant(utc).toQDateTime()), "2024-07-01T12:34:56.789");
@@ -69,10 +67,11 @@ TEST(DSTSafe, ShrinkSeconds)
     }
 }
 
-TEST(DateTimeBoot, ReadsTheDatabaseOn)
+using DateTimeBoot = FolderTest;
+
+TEST_F(DateTimeBoot, ReadsTheDatabaseOn)
 {
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("utmp"));
+    const QString path = placeOf("utmp");
     QByteArray records;
     for (const auto& [type, seconds] :
         {std::pair(USER_PROCESS, 1), {BOOT_TIME, 1700000000}, {RUN_LVL, 2}, {BOOT_TIME, -1}}) {

@@ -3,8 +3,6 @@
 
 #include <Orv/Utility/DateTimeCompare.h>
 
-#include <gtest/gtest.h>
-
 using Orv::Utility::DateTimeCompare;
 
 TEST(DateTimeCompare, Precisions)
@@ -12,9 +10,9 @@ TEST(DateTimeCompare, Precisions)
     using Compare = DateTimeCompare;
     const QMap<QByteArray, Compare::Mode> modes = {{"precise", Compare::Precise}, {"seconds", Compare::Seconds},
         {"minutes", Compare::Minutes}, {"unknown", static_cast<Compare::Mode>(7)}};
-    const ScopedTimeZone zone("Europe/Berlin");
+    const auto zone = scopedTimeZone("Europe/Berlin");
     for (const KnownAnswer& row : tableOfAnswers("datetimes.txt")) {
-        SCOPED_TRACE((row["a"] + ' ' + row["b"] + ' ' + row["mode"]).constData());
+        SCOPED_TRACE(row["row"].constData());
         const int order = row["order"].toInt();
         const QDateTime a(QDate(2024, 1, 31), QTime::fromString(row["a"]), Qt::LocalTime);
         const QDateTime b = QDateTime(QDate(2024, 1, 31), QTime::fromString(row["b"]), Qt::LocalTime).toUTC();

@@ -1,7 +1,5 @@
 #include <Orv/Utility/Endian.h>
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <limits>
 

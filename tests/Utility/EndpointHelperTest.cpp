@@ -2,8 +2,6 @@
 
 #include "KnownAnswers.h"
 
-#include <gtest/gtest.h>
-
 using Orv::Utitlity::EndpointHelper;
 
 TEST(EndpointHelper, Addresses)
@@ -14,15 +12,15 @@ TEST(EndpointHelper, Addresses)
         for (const bool byDefault : {false, true}) {
             if (row["default"] == (byDefault ? "no" : "yes"))
                 continue;
-            SCOPED_TRACE(row["address"].constData());
+            SCOPED_TRACE(row["row"].constData());
             const EndpointHelper helper(address, byDefault);
             EXPECT_EQ(helper.useSsl(), row["tls"] == "yes");
-            EXPECT_EQ(helper.endpoint(), QString(row["endpoint"]));
-            EXPECT_EQ(helper.endpointWithScheme(), QString(row["with scheme"]));
+            EXPECT_EQ(helper.endpoint(), row["endpoint"]);
+            EXPECT_EQ(helper.endpointWithScheme(), row["with scheme"]);
             EXPECT_EQ(helper.hasError(), hasError);
-            EXPECT_EQ(helper.lastErrorMessage(), hasError ? QStringLiteral("Can't parse endpoint") : QString());
+            EXPECT_EQ(helper.lastErrorMessage(), hasError ? "Can't parse endpoint" : "");
             EXPECT_EQ(helper.lastErrorMessage().isNull(), !hasError);
-            EXPECT_EQ(EndpointHelper::toEndpointWithScheme(address, byDefault), QString(row["with scheme"]));
+            EXPECT_EQ(EndpointHelper::toEndpointWithScheme(address, byDefault), row["with scheme"]);
         }
     }
 }

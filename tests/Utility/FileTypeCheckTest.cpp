@@ -1,18 +1,11 @@
 #include "Utility/FileTypeCheck_p.h"
 
-#include "Log/LoggedLines.h"
+#include "FolderTest.h"
 
-#include <QFile>
-#include <QTemporaryDir>
+#include <QScopeGuard>
 #include <QTextCodec>
 
-#include <gtest/gtest.h>
-
 #include <cstring>
-#include <sys/socket.h>
-#include <sys/stat.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 using namespace Orv::Utility;
 
@@ -20,104 +13,66 @@ namespace {
 
 const QString Untouched = QStringLiteral("untouched");
 
-class FileTypeCheckTest : public testing::Test {
+class FileTypeCheckTest : public FolderTest {
 protected:
-    QByteArray placeOf(const char* name) const { return QFile::encodeName(m_folder.filePath(name)); }
-
-    void expect(const char* name, FileTypeVerdict verdict, const QString& reason)
+    void expect(const QString& name, FileTypeVerdict verdict, const QString& reason) const
     {
         QString text = Untouched;
-        EXPECT_EQ(validateFileType(m_folder.filePath(name), text), verdict) << name;
-        EXPECT_EQ(text, reason) << name;
+        EXPECT_EQ(validateFileType(placeOf(name), text), verdict) << qPrintable(name);
+        EXPECT_EQ(text, reason) << qPrintable(name);
     }
-
-    void expectType(const char* name, const char* type)
-    {
-        expect(name, NotForBackup,
-            QStringLiteral("File is not intended for backup because it's a %1.").arg(QLatin1String(type)));
-    }
-
-    QTemporaryDir m_folder;
-    LoggedLines logged;
 };
 
 } // namespace
 
-TEST_F(FileTypeCheckTest, FilesFoldersLinks)
+TEST_F(FileTypeCheckTest, Files)
 {
-    ASSERT_TRUE(QFile(m_folder.filePath("file")).open(QIODevice::WriteOnly));
-    ASSERT_EQ(::mkdir(placeOf("folder"), 0700), 0);
-    ASSERT_EQ(::symlink("file", placeOf("link")), 0);
-    for (const char* const name : {"file", "folder", "link"})
-        expect(name, Suitable, Untouched);
-    EXPECT_EQ(logged.take(), QStringList());
-
     const QString noEntry = QString::fromLocal8Bit(std::strerror(ENOENT));
-    ASSERT_EQ(::symlink("nowhere", placeOf("dangling")), 0);
+    ASSERT_TRUE(QFile(placeOf("file")).open(QIODevice::WriteOnly));
+    for (const auto& [target, link] : {std::pair("file", "link"), {"/dev/null", "device"}, {"nowhere", "dangling"}})
+        ASSERT_TRUE(QFile::link(target, placeOf(link)));
+    for (const char* const name : {"file", "", "link"})
+        expect(name, Suitable, Untouched);
+    expect("device", NotForBackup, "File is not intended for backup because it's a character device.");
+    EXPECT_EQ(logged.take(), QStringList());
     for (const char* const name : {"dangling", "missing"}) {
         expect(name, StatFailed, noEntry);
         EXPECT_EQ(logged.take(),
-            QStringList(
-                QStringLiteral("error: on init file stat: %1 message: %2").arg(m_folder.filePath(name), noEntry)));
+            QStringList(QString("error: on init file stat: %1 message: %2").arg(placeOf(name), noEntry)));
     }
-    QString reason;
-    EXPECT_EQ(validateFileType(m_folder.filePath("file") + QChar(0), reason), StatFailed);
+    expect(QStringLiteral("file") + QChar(0), StatFailed, noEntry);
 }
 
-TEST_F(FileTypeCheckTest, SocketsAndPipes)
+TEST_F(FileTypeCheckTest, Types)
 {
-    ASSERT_EQ(::mkfifo(placeOf("pipe"), 0600), 0);
-    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    const QByteArray place = placeOf("socket");
-    ASSERT_LT(size_t(place.size()), sizeof address.sun_path);
-    std::strcpy(address.sun_path, place.constData());
-    ASSERT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    ::close(socket);
-    expectType("socket", "socket");
-    expectType("pipe", "FIFO/pipe");
-    ASSERT_EQ(::symlink("/dev/null", placeOf("device")), 0);
-    expectType("device", "character device");
-    EXPECT_EQ(logged.take(), QStringList());
-}
-
-TEST_F(FileTypeCheckTest, BlockDevice)
-{
-    if (::mknod(placeOf("device"), S_IFBLK | 0600, 0) != 0)
-        GTEST_SKIP() << "only root can make a device, and not everywhere: " << std::strerror(errno);
-    expectType("device", "block device");
-}
-
-TEST_F(FileTypeCheckTest, WhatNoFileHereIs)
-{
-    const QString path = QStringLiteral("/some where");
-    QString reason = Untouched;
-    EXPECT_EQ(fileTypeVerdict(0xE000, false, path, reason), NotForBackup);
-    EXPECT_EQ(reason, QStringLiteral("file is unknown type"));
-    EXPECT_EQ(fileTypeVerdict(S_IFLNK | 0777, false, path, reason = Untouched), Suitable);
-    EXPECT_EQ(reason, Untouched);
-    EXPECT_EQ(logged.take(), QStringList());
-    for (const mode_t type : {S_IFREG, S_IFIFO}) {
-        EXPECT_EQ(fileTypeVerdict(type, true, path, reason = Untouched), Dataless);
-        EXPECT_EQ(reason, QStringLiteral("File is is data less"));
-        EXPECT_EQ(logged.take(), QStringList(QStringLiteral("warning: File: /some where is data less")));
+    const QString notIntended = QStringLiteral("File is not intended for backup because it's a ");
+    const std::pair<mode_t, QString> rows[] = {{S_IFREG, Untouched}, {S_IFDIR, Untouched}, {S_IFLNK, Untouched},
+        {S_IFSOCK, notIntended + "socket."}, {S_IFIFO, notIntended + "FIFO/pipe."},
+        {S_IFBLK, notIntended + "block device."}, {S_IFCHR, notIntended + "character device."},
+        {0xE000, "file is unknown type"}};
+    for (const auto& [type, expected] : rows) {
+        QString reason = Untouched;
+        EXPECT_EQ(fileTypeVerdict(type | 0777, false, "/some where", reason),
+            expected == Untouched ? Suitable : NotForBackup);
+        EXPECT_EQ(reason, expected);
+        EXPECT_EQ(logged.take(), QStringList());
+        EXPECT_EQ(fileTypeVerdict(type, true, "/some where", reason), Dataless);
+        EXPECT_EQ(reason, "File is is data less");
+        EXPECT_EQ(logged.take(), QStringList("warning: File: /some where is data less"));
     }
 }
 
 TEST_F(FileTypeCheckTest, NamesAreEncodedForTheLocale)
 {
-    const QString path = m_folder.filePath(QStringLiteral("größe"));
+    const QString path = placeOf(QStringLiteral("größe"));
     ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
-    QTextCodec* const before = QTextCodec::codecForLocale();
+    const auto restore =
+        qScopeGuard([before = QTextCodec::codecForLocale()] { QTextCodec::setCodecForLocale(before); });
     QString reason;
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
-    const int found = validateFileType(path, reason);
+    EXPECT_EQ(validateFileType(path, reason), Suitable);
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
-    const int notFound = validateFileType(path, reason);
-    QTextCodec::setCodecForLocale(before);
-    EXPECT_EQ(found, Suitable);
-    EXPECT_EQ(notFound, StatFailed);
+    EXPECT_EQ(validateFileType(path, reason), StatFailed);
 }
 
 TEST(CustomSystemAndHiddenCheck, ExactlyTheTwoFolders)
@@ -125,5 +80,5 @@ TEST(CustomSystemAndHiddenCheck, ExactlyTheTwoFolders)
     const std::pair<const char*, bool> rows[] = {{"/Library", true}, {"/System", true}, {"/system", false},
         {"/System/", false}, {"/Library/Fonts", false}, {"/", false}, {"", false}};
     for (const auto& [path, is] : rows)
-        EXPECT_EQ(CustomSystemAndHiddenCheck(QLatin1String(path)).is(), is) << path;
+        EXPECT_EQ(CustomSystemAndHiddenCheck(path).is(), is) << path;
 }

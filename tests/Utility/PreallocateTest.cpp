@@ -5,8 +5,6 @@
 
 #include <QTemporaryFile>
 
-#include <gtest/gtest.h>
-
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -38,7 +36,7 @@ protected:
         m_file.setFileName(m_mount.path() + QStringLiteral("/file"));
         ASSERT_TRUE(m_file.open(QIODevice::ReadWrite));
     }
-    void TearDown() override { m_file.close(); }
+    void TearDown() override { m_file.close(); } // before it is unmounted
 
     PrivateMount m_mount{qint64(16 * MiB), GetParam()};
     QFile m_file;
@@ -49,31 +47,23 @@ protected:
 
 TEST_P(PreallocateTest, ReservesBehindThePhysicalEnd)
 {
-    ASSERT_EQ(m_file.write("12345"), 5);
-    ASSERT_TRUE(m_file.flush());
-    EXPECT_TRUE(preallocateFile(m_file.handle(), MiB));
-    EXPECT_GE(reservedBytes(m_file), MiB);
-    EXPECT_TRUE(preallocateFile(m_file.handle(), MiB)) << "behind what is reserved already";
-    EXPECT_GE(reservedBytes(m_file), 2 * MiB);
-}
-
-TEST_P(PreallocateTest, FileWithAHole)
-{
-    ASSERT_TRUE(m_file.seek(MiB));
-    ASSERT_EQ(m_file.write(QByteArray(MiB, 'x')), qint64(MiB));
-    ASSERT_TRUE(m_file.flush());
+    ASSERT_TRUE(m_file.write("12345") == 5 && m_file.flush());
+    for (const quint64 calls : {1, 2}) { // the second time, behind what is reserved already
+        EXPECT_TRUE(preallocateFile(m_file.handle(), MiB));
+        EXPECT_GE(reservedBytes(m_file), calls * MiB);
+    }
+    ASSERT_TRUE(m_file.seek(3 * MiB) && m_file.write(QByteArray(MiB, 'x')) == qint64(MiB) && m_file.flush());
     const quint64 before = reservedBytes(m_file);
-    ASSERT_LT(before, 2 * MiB);
+    ASSERT_LT(before, 4 * MiB) << "there is a hole";
     EXPECT_TRUE(preallocateFile(m_file.handle(), MiB));
     EXPECT_GE(reservedBytes(m_file), before + MiB) << "behind the end, and not where there is data";
-    EXPECT_EQ(statusOf(m_file).st_size, off_t(2 * MiB));
+    EXPECT_EQ(statusOf(m_file).st_size, off_t(4 * MiB));
     EXPECT_EQ(logged.take(), QStringList());
 }
 
 TEST_P(PreallocateTest, NoSpace)
 {
-    ASSERT_EQ(m_file.write("12345"), 5);
-    ASSERT_TRUE(m_file.flush());
+    ASSERT_TRUE(m_file.write("12345") == 5 && m_file.flush());
     for (const quint64 size : {32 * MiB, quint64(1) << 62, ~quint64(0)}) {
         EXPECT_FALSE(preallocateFile(m_file.handle(), size)) << size;
         EXPECT_LT(reservedBytes(m_file), MiB) << "all or none";

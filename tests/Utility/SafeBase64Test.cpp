@@ -1,7 +1,5 @@
 #include <Orv/Utility/SafeBase64.h>
 
-#include <gtest/gtest.h>
-
 using Orv::Utitlity::SafeBase64;
 
 TEST(SafeBase64, BothWays)

@@ -3,8 +3,6 @@
 
 #include "KnownAnswers.h"
 
-#include <gtest/gtest.h>
-
 using Extensions::MathUtilities;
 using Orv::Utility::SizeToString;
 
@@ -12,9 +10,9 @@ TEST(SizeToString, BothFormats)
 {
     for (const KnownAnswer& row : tableOfAnswers("sizes.txt")) {
         const SizeToString size(row["size"].toULongLong());
-        EXPECT_EQ(size.toString(SizeToString::Decimal), QString(row["decimal"]));
-        EXPECT_EQ(size.toString(SizeToString::Binary), QString(row["binary"]));
-        EXPECT_EQ(size.toString(static_cast<SizeToString::Format>(2)), QString(row["binary"]));
+        EXPECT_EQ(size.toString(SizeToString::Decimal), row["decimal"]) << row["row"].constData();
+        EXPECT_EQ(size.toString(SizeToString::Binary), row["binary"]) << row["row"].constData();
+        EXPECT_EQ(size.toString(static_cast<SizeToString::Format>(2)), row["binary"]) << row["row"].constData();
     }
 }
 
@@ -23,7 +21,7 @@ TEST(MathUtilities, Rounding)
     for (const KnownAnswer& row : tableOfAnswers("rounding.txt")) {
         const int value = row["value"].toInt();
         const int step = row["step"].toInt();
-        SCOPED_TRACE(testing::Message() << value << " by " << step);
+        SCOPED_TRACE(row["row"].constData());
         EXPECT_EQ(MathUtilities::RoundUp(value, step), row["up"].toInt());
         EXPECT_EQ(MathUtilities::RoundDown(value, step), row["down"].toInt());
         EXPECT_EQ(MathUtilities::Ceil(value, step), row["ceil"].toInt());

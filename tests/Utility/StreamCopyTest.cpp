@@ -5,8 +5,6 @@
 
 #include <QBuffer>
 
-#include <gtest/gtest.h>
-
 #include <limits>
 
 using Orv::Utility::StreamCopy;
@@ -30,15 +28,17 @@ TEST(StreamCopy, ReadsWritesAndLimits)
     };
     const Row rows[] = {{10, 4, 0, 10, {4, 4, 4}}, {10, 4, 6, 6, {4, 2}}, {10, 4, 10, 10, {4, 4, 2}},
         {10, 4, Huge, 10, {4, 4, 4}}, {10, 100, 0, 10, {100}}, {10, 4, -1, 0, {}}, {10, -4, -1, 0, {}},
-        {10, 4, std::numeric_limits<qint64>::min(), 0, {}}, {0, 4, 0, 0, {}}};
+        {10, 4, std::numeric_limits<qint64>::min(), 0, {}}, {0, 4, 0, 0, {}},
+        {10, Huge, Huge, 10, {std::numeric_limits<int>::max() - qint64(sizeof(QByteArrayData)) - 1}}};
     for (const Row& row : rows) {
         for (const bool sequential : {false, true}) {
+            SCOPED_TRACE(testing::Message() << row.sourceSize << ' ' << row.chunkSize << ' ' << row.maxBytes);
             Device source(QIODevice::ReadOnly, sequential);
             source.content = QByteArray("0123456789").left(row.sourceSize);
             Device destination(QIODevice::WriteOnly);
             EXPECT_EQ(StreamCopy(row.chunkSize).exec(destination, source, row.maxBytes), row.copied);
             EXPECT_EQ(destination.content, source.content.left(int(row.copied)));
-            EXPECT_EQ(source.requests, row.requests) << row.sourceSize << " " << row.chunkSize << " " << row.maxBytes;
+            EXPECT_EQ(source.requests, row.requests);
             EXPECT_EQ(source.size() - source.bytesAvailable(), row.copied) << "not read beyond";
         }
     }

@@ -1,11 +1,7 @@
 #include <Orv/Utility/FileInfo.h>
 #include <Orv/Utility/SymlinkInfo.h>
 
-#include "Log/LoggedLines.h"
-
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
+#include "FolderTest.h"
 
 #include <cstring>
 #include <fcntl.h>
@@ -28,7 +24,7 @@ void setTime(const QString& path, time_t seconds)
 }
 
 /// A file, a link to it, a link to nothing, and nothing; names outside ASCII, since they reach the system encoded.
-class SymlinkInfoTest : public testing::Test {
+class SymlinkInfoTest : public FolderTest {
 protected:
     void SetUp() override
     {
@@ -40,32 +36,33 @@ protected:
         setTime(dangling, LinkTime);
     }
 
-    QTemporaryDir m_folder;
-    const QString file = m_folder.filePath(QStringLiteral("größe"));
-    const QString link = m_folder.filePath(QStringLiteral("링크"));
-    const QString dangling = m_folder.filePath(QStringLiteral("dangling"));
-    const QString missing = m_folder.filePath(QStringLiteral("missing"));
+    const QString file = placeOf(QStringLiteral("größe"));
+    const QString link = placeOf(QStringLiteral("링크"));
+    const QString dangling = placeOf(QStringLiteral("dangling"));
+    const QString missing = placeOf(QStringLiteral("missing"));
     const QString noEntry = QString::fromLocal8Bit(std::strerror(ENOENT));
-    LoggedLines logged;
 };
 
 } // namespace
 
 TEST_F(SymlinkInfoTest, OfTheLinkItself)
 {
-    EXPECT_EQ(SymlinkInfo(link).lastModified(), QDateTime::fromSecsSinceEpoch(LinkTime)) << "without the 0.9 s";
+    const auto timeOf = [](const auto& path) { return SymlinkInfo(path).lastModified().toMSecsSinceEpoch(); };
+    EXPECT_EQ(timeOf(link), LinkTime * 1000) << "without the 0.9 s";
+    EXPECT_EQ(timeOf(dangling), LinkTime * 1000);
+    EXPECT_EQ(timeOf(file), FileTime * 1000) << "not checked to be a link";
+    EXPECT_EQ(timeOf(QFileInfo(link)), LinkTime * 1000);
     EXPECT_EQ(SymlinkInfo(link).lastModified().timeSpec(), Qt::LocalTime);
-    EXPECT_EQ(SymlinkInfo(dangling).lastModified(), QDateTime::fromSecsSinceEpoch(LinkTime));
-    EXPECT_EQ(SymlinkInfo(file).lastModified(), QDateTime::fromSecsSinceEpoch(FileTime)) << "not checked to be a link";
-    EXPECT_EQ(SymlinkInfo(QFileInfo(link)).lastModified(), QDateTime::fromSecsSinceEpoch(LinkTime));
     EXPECT_FALSE(SymlinkInfo(QFileInfo(file)).isValid());
     EXPECT_TRUE(SymlinkInfo(QFileInfo(file)).lastModified().isNull());
+    setTime(link, -1);
+    EXPECT_EQ(timeOf(link), Q_INT64_C(4294967295000)) << "seconds are unsigned";
     EXPECT_EQ(logged.take(), QStringList());
 
     EXPECT_TRUE(SymlinkInfo(missing).isValid());
     EXPECT_TRUE(SymlinkInfo(missing).lastModified().isNull());
-    EXPECT_EQ(logged.take(),
-        QStringList(QStringLiteral("error: SymlinkInfo: on init file ;stat: %1 message: %2").arg(missing, noEntry)));
+    EXPECT_EQ(
+        logged.take(), QStringList("error: SymlinkInfo: on init file ;stat: " + missing + " message: " + noEntry));
 }
 
 TEST_F(SymlinkInfoTest, Existence)
@@ -74,57 +71,47 @@ TEST_F(SymlinkInfoTest, Existence)
     EXPECT_TRUE(SymlinkInfo::exist(link));
     EXPECT_EQ(logged.take(), QStringList());
 
-    const QString statLine = QStringLiteral("info: SymlinkInfo: check file stat: %1 message: %2");
-    const QString lstatLine = QStringLiteral("info: SymlinkInfo: check file lstat: %1 errno: %2");
+    const QString line = "info: SymlinkInfo: check file %1: %2 %3: " + noEntry;
     EXPECT_TRUE(SymlinkInfo::exist(dangling));
-    EXPECT_EQ(logged.take(), QStringList(statLine.arg(dangling, noEntry)));
+    EXPECT_EQ(logged.take(), QStringList(line.arg("stat", dangling, "message")));
     EXPECT_FALSE(SymlinkInfo::exist(missing));
-    EXPECT_EQ(logged.take(), QStringList({statLine.arg(missing, noEntry), lstatLine.arg(missing, noEntry)}));
+    EXPECT_EQ(logged.take(), QStringList({line.arg("stat", missing, "message"), line.arg("lstat", missing, "errno")}));
     EXPECT_FALSE(SymlinkInfo::exist(file + QChar(0) + file)) << "not what stands before the zero";
     EXPECT_FALSE(SymlinkInfo::exist(QString()));
 }
 
 TEST_F(SymlinkInfoTest, ModificationTimes)
 {
-    const auto timeOf = [](const QString& path, bool noFollow) {
-        return lastModified(FileInfo(path), noFollow).toSecsSinceEpoch();
-    };
-    EXPECT_EQ(timeOf(file, false), FileTime);
-    EXPECT_EQ(timeOf(file, true), FileTime);
-    EXPECT_EQ(timeOf(link, false), FileTime);
-    EXPECT_EQ(timeOf(link, true), LinkTime);
-    EXPECT_EQ(timeOf(dangling, true), LinkTime);
+    const std::tuple<QString, bool, qint64> rows[] = {{file, false, FileTime}, {file, true, FileTime},
+        {link, false, FileTime}, {link, true, LinkTime}, {dangling, true, LinkTime}};
+    for (const auto& [path, noFollow, seconds] : rows)
+        EXPECT_EQ(lastModified(FileInfo(path), noFollow).toSecsSinceEpoch(), seconds) << qPrintable(path) << noFollow;
     EXPECT_EQ(symlinkLastModified(FileInfo(dangling)), QDateTime::fromSecsSinceEpoch(LinkTime));
     EXPECT_EQ(logged.take(), QStringList());
 
     EXPECT_TRUE(lastModified(FileInfo(dangling), false).isNull());
-    const QStringList twoErrors = {QStringLiteral("error: on init file stat: %1").arg(dangling),
-        QStringLiteral("error: Error message: %1").arg(noEntry)};
-    EXPECT_EQ(logged.take(), twoErrors);
+    EXPECT_EQ(
+        logged.take(), QStringList({"error: on init file stat: " + dangling, "error: Error message: " + noEntry}));
     EXPECT_TRUE(symlinkLastModified(FileInfo(file)).isNull());
-    EXPECT_EQ(logged.take(), QStringList(QStringLiteral("error: file is not symlink, path: %1").arg(file)));
+    EXPECT_EQ(logged.take(), QStringList("error: file is not symlink, path: " + file));
 }
 
 TEST_F(SymlinkInfoTest, SetsModificationAndAccessTime)
 {
-    const auto change = [](const QString& path, const QDateTime& time) {
-        Orv::Utility::FileInfo::changeLastModefiedDate(path, time);
-    };
-    const auto timesOf = [](const QString& path) {
+    const auto expectTimes = [this](const QString& changed, const QDateTime& time, qint64 expected) {
+        Orv::Utility::FileInfo::changeLastModefiedDate(changed, time);
         struct stat status = {};
-        EXPECT_EQ(::lstat(QFile::encodeName(path).constData(), &status), 0);
-        return QPair<qint64, qint64>(status.st_atime, status.st_mtime);
+        EXPECT_EQ(::stat(QFile::encodeName(file), &status), 0);
+        EXPECT_EQ(status.st_atime, expected);
+        EXPECT_EQ(status.st_mtime, expected);
     };
     const QDateTime noon(QDate(2024, 7, 1), QTime(12, 0, 0, 750));
     const qint64 seconds = noon.toMSecsSinceEpoch() / 1000;
-    change(file, noon);
-    EXPECT_EQ(timesOf(file), qMakePair(seconds, seconds));
-    change(link, noon.addSecs(-60).toOffsetFromUtc(7200));
-    EXPECT_EQ(timesOf(file), qMakePair(seconds - 60, seconds - 60)) << "through the link";
-    EXPECT_EQ(timesOf(link).second, LinkTime);
-    change(file + QChar(0) + link, noon);
-    EXPECT_EQ(timesOf(file).second, seconds - 60);
-    change(missing, noon);
+    expectTimes(file, noon, seconds);
+    expectTimes(link, noon.addSecs(-60).toOffsetFromUtc(7200), seconds - 60); // through the link
+    EXPECT_EQ(SymlinkInfo(link).lastModified().toSecsSinceEpoch(), LinkTime);
+    expectTimes(file + QChar(0) + link, noon, seconds - 60);
+    expectTimes(missing, noon, seconds - 60);
     EXPECT_FALSE(QFile::exists(missing));
     EXPECT_EQ(logged.take(), QStringList());
 }

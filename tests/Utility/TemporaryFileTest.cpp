@@ -1,76 +1,58 @@
 #include <Orv/Utility/TemporaryFile.h>
 
-#include "Log/LoggedLines.h"
+#include "FolderTest.h"
 
 #include <QDir>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 using Orv::Utility::TemporaryFile;
 
 namespace {
 
-QStringList namesIn(const QTemporaryDir& folder)
-{
-    return QDir(folder.path()).entryList(QDir::Files | QDir::Hidden);
-}
+class TemporaryFileTest : public FolderTest {
+protected:
+    void SetUp() override { ASSERT_TRUE(m_file->open() && m_file->write("12345") == 5 && m_file->flush()); }
+    int fileCount() const { return QDir(m_folder.path()).entryList(QDir::Files | QDir::Hidden).size(); }
+
+    QObject m_parent;
+    TemporaryFile* m_file = new TemporaryFile(placeOf("part-XXXXXX"), &m_parent);
+};
 
 } // namespace
 
-TEST(TemporaryFile, GoesWhenItIsClosed)
+TEST_F(TemporaryFileTest, GoesWhenItIsClosed)
 {
-    const QTemporaryDir folder;
-    LoggedLines logged;
-    for (const bool nameIsAsked : {false, true}) {
-        TemporaryFile file(folder.filePath(QStringLiteral("part-XXXXXX")), nullptr);
-        ASSERT_TRUE(file.open());
-        ASSERT_EQ(file.write("12345"), 5);
-        ASSERT_TRUE(file.flush());
-        if (nameIsAsked) {
-            EXPECT_TRUE(QFile::exists(file.fileName()));
-            EXPECT_EQ(namesIn(folder).size(), 1);
-        }
-        file.close();
-        EXPECT_EQ(namesIn(folder), QStringList()) << nameIsAsked;
-        EXPECT_FALSE(file.isOpen());
-        file.close();
-    }
-    {
-        TemporaryFile file(folder.filePath(QStringLiteral("part-XXXXXX")), nullptr);
-        ASSERT_TRUE(file.open());
-        EXPECT_FALSE(file.fileName().isEmpty());
-    }
-    EXPECT_EQ(namesIn(folder), QStringList()) << "it goes with its object, too";
+    m_file->close();
+    EXPECT_EQ(fileCount(), 0) << "though nobody has asked for its name";
+    EXPECT_FALSE(m_file->isOpen());
+    m_file->close();
     EXPECT_EQ(logged.take(), QStringList());
 }
 
-TEST(TemporaryFile, RemovesOnlyOnce)
+TEST_F(TemporaryFileTest, GoesWithItsObject)
 {
-    const QTemporaryDir folder;
-    TemporaryFile file(folder.filePath(QStringLiteral("part-XXXXXX")), nullptr);
-    ASSERT_TRUE(file.open());
-    const QString name = file.fileName();
-    file.close();
-    QFile other(name); // somebody else's, by now
+    EXPECT_TRUE(QFile::exists(m_file->fileName()));
+    ASSERT_EQ(m_file->parent(), &m_parent);
+    delete m_file;
+    EXPECT_EQ(fileCount(), 0);
+}
+
+TEST_F(TemporaryFileTest, RemovesOnlyOnce)
+{
+    QFile other(m_file->fileName()); // somebody else's, soon
+    m_file->close();
+    EXPECT_EQ(fileCount(), 0);
     ASSERT_TRUE(other.open(QIODevice::WriteOnly));
-    file.close();
+    m_file->close();
     EXPECT_TRUE(other.exists());
 }
 
-TEST(TemporaryFile, StaysIfItIsTold)
+TEST_F(TemporaryFileTest, StaysIfItIsTold)
 {
-    const QTemporaryDir folder;
-    QObject parent;
-    auto* const file = new TemporaryFile(folder.filePath(QStringLiteral("part-XXXXXX")), &parent);
-    EXPECT_EQ(file->parent(), &parent);
-    EXPECT_STREQ(file->metaObject()->className(), "Orv::Utility::TemporaryFile");
-    file->setAutoRemove(false);
-    ASSERT_TRUE(file->open());
-    const QString name = file->fileName();
-    file->close();
+    m_file->setAutoRemove(false);
+    const QString name = m_file->fileName();
+    m_file->close();
     EXPECT_TRUE(QFile::exists(name));
-    file->setAutoRemove(true);
-    file->close();
+    m_file->setAutoRemove(true);
+    m_file->close();
     EXPECT_FALSE(QFile::exists(name)) << "nothing has removed it so far";
 }

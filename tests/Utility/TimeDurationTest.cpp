@@ -4,17 +4,16 @@
 
 #include <Orv/Utility/TimeDuration.h>
 
-#include <gtest/gtest.h>
-
 TEST(TimeDuration, Texts)
 {
     for (const KnownAnswer& row : tableOfAnswers("durations.txt")) {
-        const ScopedTimeZone zone(row["zone"].constData());
+        SCOPED_TRACE(row["row"].constData());
+        const auto zone = scopedTimeZone(row["zone"]);
         const QDateTime start = QDate::fromString(row["day"], Qt::ISODate).startOfDay();
         const int seconds = row["seconds"].toInt();
-        EXPECT_EQ(Orv::Utility::durationText(start, seconds), QString(row["text"])) << row["zone"].constData();
+        EXPECT_EQ(Orv::Utility::durationText(start, seconds), row["text"]);
         if (row["zone"] == "UTC") { // where no day is another
-            EXPECT_EQ(Orv::Utility::TimeDuration::toString(seconds), QString(row["text"]));
+            EXPECT_EQ(Orv::Utility::TimeDuration::toString(seconds), row["text"]);
         }
     }
 }

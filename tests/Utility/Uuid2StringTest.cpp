@@ -1,7 +1,5 @@
 #include <Orv/Utility/Uuid2String.h>
 
-#include <gtest/gtest.h>
-
 using Orv::Utitlity::Uuid2String;
 
 TEST(Uuid2String, TextsAndWindowsLayout)

@@ -1,69 +1,11 @@
 #pragma once
 
-#include <QFile>
 #include <QString>
-#include <QStringList>
-
-#include <algorithm>
-#include <array>
 
 namespace Orv::Utility {
 
-/// The three numbers of a version; those that are missing or no numbers are 0.
-struct MacOsVersion {
-    unsigned short major = 0;
-    unsigned short minor = 0;
-    unsigned short patch = 0;
-
-    /// Takes all three from a dotted text; parts after the third are ignored. False if major is 0.
-    bool fromString(const QString& text)
-    {
-        std::array<unsigned short, 3> numbers{};
-        const QStringList parts = text.split(QLatin1Char('.'));
-        std::transform(parts.begin(), parts.begin() + std::min(parts.size(), 3), numbers.begin(),
-            [](const QString& part) { return part.toUShort(); });
-        major = numbers[0];
-        minor = numbers[1];
-        patch = numbers[2];
-        return major != 0;
-    }
-
-    QString toString() const
-    {
-        const QString text = QStringLiteral("%1.%2").arg(major).arg(minor);
-        return patch == 0 ? text : text + QLatin1Char('.') + QString::number(patch);
-    }
-
-    /// What the system tells a program that knows no version after 10.15.
-    bool is1016() const { return major == 10 && minor == 16; }
-};
-
-/// Finds the product version in the text of a property list: the first string element after the key. A marker that is
-/// not there is not missed: its index of -1 goes into the next search like any other.
-inline bool parse(const QString& plist, MacOsVersion& version)
-{
-    const QLatin1String key("ProductVersion");
-    const QLatin1String begin("<string>");
-    const QLatin1String end("</string>");
-    if (plist.isEmpty())
-        return false;
-    const int keyAt = plist.indexOf(key, 0, Qt::CaseInsensitive);
-    const int valueAt = plist.indexOf(begin, keyAt + key.size(), Qt::CaseInsensitive) + begin.size();
-    const int endAt = plist.indexOf(end, valueAt, Qt::CaseInsensitive);
-    return version.fromString(plist.mid(valueAt, endAt - valueAt));
-}
-
-/// Reads the version lists in `folder`, whose name ends with a slash. When none has a version that counts, the result
-/// is what the last list that could be opened left: 10.16, a version without a major number, or 0.0.
-inline MacOsVersion readMacOsVersion(const QString& folder)
-{
-    MacOsVersion version;
-    for (const char* name : {"SystemVersion.plist", ".SystemVersionPlatform.plist"}) {
-        QFile list(folder + QLatin1String(name));
-        if (list.open(QIODevice::ReadOnly) && parse(QString::fromUtf8(list.readAll()), version) && !version.is1016())
-            break;
-    }
-    return version;
-}
+/// The version that the lists in `folder`, whose name ends with a slash, tell. When none has a version that counts, the
+/// result is what the last list that could be opened left: 10.16, a version without a major number, or 0.0.
+QString macOsVersion(const QString& folder);
 
 } // namespace Orv::Utility

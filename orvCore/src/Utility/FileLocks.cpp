@@ -1,7 +1,10 @@
 #include "Utility/FileLocks_p.h"
 
 #include <algorithm>
+#include <array>
+#include <cstring>
 #include <memory>
+#include <string>
 #include <sys/stat.h>
 
 int file_wr_check_name(const char* name)
@@ -19,6 +22,21 @@ int file_wr_check_ino(quint64 ino)
     if (!table)
         return -2;
     return listsWriteLock(table.get(), ino) ? 1 : 0;
+}
+
+bool listsWriteLock(std::FILE* table, quint64 inode)
+{
+    enum Field { Class = 1, Access = 3, Inode = 7, FieldCount = 10 };
+    const std::string wanted = std::to_string(inode);
+    std::array<char, 512> line;
+    std::array<char*, FieldCount> fields;
+    while (std::fgets(line.data(), static_cast<int>(line.size()), table)) {
+        if (get_fields(line.data(), fields.data(), FieldCount) <= Inode)
+            continue;
+        if (std::strcmp(fields[Class], "->") != 0 && *fields[Access] == 'W' && wanted == fields[Inode])
+            return true;
+    }
+    return false;
 }
 
 unsigned get_fields(char* line, char** fields, unsigned char max)

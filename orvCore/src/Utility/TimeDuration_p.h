@@ -6,14 +6,6 @@
 namespace Orv::Utility {
 
 /// The text of a duration that begins at the beginning of a given local day.
-inline QString durationText(const QDateTime& startOfDay, int seconds)
-{
-    const QDateTime end = startOfDay.addSecs(seconds);
-    const qint64 days = startOfDay.daysTo(end);
-    const qint64 rest = startOfDay.date().addDays(days).startOfDay().secsTo(end);
-    // An hour that a day has too many goes round, as on a clock.
-    const QString time = QTime(0, 0).addSecs(static_cast<int>(rest)).toString(QStringLiteral("hh:mm:ss"));
-    return days > 0 ? QStringLiteral("%1.%2").arg(days).arg(time) : time;
-}
+QString durationText(const QDateTime& startOfDay, int seconds);
 
 } // namespace Orv::Utility

@@ -1,9 +1,6 @@
 #pragma once
 
-#include "Utility/NarrowDevice.h"
-
 #include <Orv/Core/Encryption/EncryptorBase.h>
-#include <Orv/Core/Encryption/Key.h>
 
 #include <cryptopp/aes.h>
 #include <cryptopp/des.h>
@@ -11,7 +8,7 @@
 #include <cryptopp/modes.h>
 
 #include <cmath>
-#include <vector>
+#include <memory>
 
 /// What a stream is encrypted or decrypted with.
 struct Cipher {
@@ -25,26 +22,15 @@ struct Cipher {
     Cipher inverse() const { return {algorithm, type, key, iv, !encrypt}; }
 };
 
-inline std::unique_ptr<Orv::Core::Encryption::EncryptorBase> makeEncryptor(
-    const Cipher& cipher, const QSharedPointer<QIODevice>& source)
-{
-    using Orv::Core::Encryption::EncryptorBase;
-    std::unique_ptr<EncryptorBase> encryptor(EncryptorBase::create(cipher.algorithm, cipher.encrypt, cipher.type));
-    encryptor->setKey(cipher.key);
-    encryptor->setIv(cipher.iv);
-    encryptor->setSource(source);
-    if (!encryptor->init())
-        qFatal("there is such a cipher");
-    return encryptor;
-}
-
 /// The plain way to encrypt a stream, everything through the cipher library's own filter: what each call of
-/// EncryptorBase::readData has to agree with.
+/// EncryptorBase::readData has to agree with. Which cipher it is makes no difference but for the size of its blocks, so
+/// there are DES and AES here.
 class PlainEncryptor {
 public:
     PlainEncryptor(const Cipher& cipher, QSharedPointer<QIODevice> source)
-        : m_mode(makeMode(cipher)), m_filter(*m_mode, nullptr, CryptoPP::BlockPaddingSchemeDef::PKCS_PADDING),
-          m_source(std::move(source)), m_blockSize(Orv::Core::Encryption::Key::ivLength(cipher.algorithm))
+        : m_mode(cipher.algorithm == Orv::Core::Encryption::Des ? makeMode<CryptoPP::DES>(cipher)
+                                                                : makeMode<CryptoPP::AES>(cipher)),
+          m_filter(*m_mode, nullptr, CryptoPP::BlockPaddingSchemeDef::PKCS_PADDING), m_source(std::move(source))
     {
     }
 
@@ -53,7 +39,8 @@ public:
         if (m_source->atEnd() && m_finished)
             return take(data, m_buffer.size());
         const double shortfall = std::max<qint64>(0, maxSize - m_buffer.size());
-        const QByteArray chunk = m_source->read(static_cast<qint64>(std::ceil(shortfall / m_blockSize)) * m_blockSize);
+        const auto blockSize = m_mode->MandatoryBlockSize();
+        const QByteArray chunk = m_source->read(static_cast<qint64>(std::ceil(shortfall / blockSize)) * blockSize);
         m_filter.Put2(reinterpret_cast<const CryptoPP::byte*>(chunk.constData()), chunk.size(), 0, true);
         if (m_source->atEnd()) {
             m_filter.MessageEnd(-1, true);
@@ -70,22 +57,19 @@ public:
 private:
     using Mode = std::unique_ptr<CryptoPP::SymmetricCipher>;
 
-    template <class Block> static Mode modeOf(const Cipher& cipher)
+    template <class Block> static Mode makeMode(const Cipher& cipher)
     {
         using CryptoPP::CBC_Mode;
         using CryptoPP::ECB_Mode;
-        if (cipher.type == Orv::Core::Encryption::Cbc)
-            return cipher.encrypt ? Mode(new typename CBC_Mode<Block>::Encryption)
-                                  : Mode(new typename CBC_Mode<Block>::Decryption);
-        return cipher.encrypt ? Mode(new typename ECB_Mode<Block>::Encryption)
-                              : Mode(new typename ECB_Mode<Block>::Decryption);
-    }
-
-    static Mode makeMode(const Cipher& cipher)
-    {
-        Mode (*const makers[])(const Cipher&) = {
-            modeOf<CryptoPP::DES>, modeOf<CryptoPP::DES_EDE2>, modeOf<CryptoPP::DES_EDE3>, modeOf<CryptoPP::AES>};
-        Mode mode = makers[std::min<int>(cipher.algorithm, Orv::Core::Encryption::Aes128)](cipher);
+        Mode mode;
+        if (cipher.type == Orv::Core::Encryption::Cbc && cipher.encrypt)
+            mode = std::make_unique<typename CBC_Mode<Block>::Encryption>();
+        else if (cipher.type == Orv::Core::Encryption::Cbc)
+            mode = std::make_unique<typename CBC_Mode<Block>::Decryption>();
+        else if (cipher.encrypt)
+            mode = std::make_unique<typename ECB_Mode<Block>::Encryption>();
+        else
+            mode = std::make_unique<typename ECB_Mode<Block>::Decryption>();
         const auto bytes = [](const QByteArray& array) {
             return reinterpret_cast<const CryptoPP::byte*>(array.constData());
         };
@@ -101,84 +85,9 @@ private:
         return count;
     }
 
-    Mode m_mode;
+    const Mode m_mode;
     CryptoPP::StreamTransformationFilter m_filter;
-    QSharedPointer<QIODevice> m_source;
-    int m_blockSize;
+    const QSharedPointer<QIODevice> m_source;
     QByteArray m_buffer;
     bool m_finished = false;
 };
-
-/// What a caller sees of one call of readData.
-struct Outcome {
-    QByteArray bytes;
-    QByteArray error;
-    bool atEnd = false;
-
-    bool operator==(const Outcome& other) const
-    {
-        return bytes == other.bytes && error == other.error && atEnd == other.atEnd;
-    }
-};
-
-template <class Encryptor> Outcome outcomeOf(Encryptor& encryptor, qint64 maxSize)
-{
-    Outcome outcome;
-    QByteArray data(static_cast<int>(maxSize) + 5000, '\0');
-    try {
-        outcome.bytes = data.left(static_cast<int>(encryptor.readData(data.data(), maxSize)));
-    } catch (const std::exception& exception) {
-        outcome.error = exception.what();
-    }
-    outcome.atEnd = encryptor.atEnd();
-    return outcome;
-}
-
-/// A stream, in what portions it comes and is asked for, and by what it grows.
-struct StreamCase {
-    Cipher cipher;
-    QByteArray content;
-    bool isSequential = false;
-    std::vector<int> portions;
-    std::vector<int> requests;
-    int growingCall = 0;
-    QByteArray growth;
-};
-
-/// How an encryptor differs from the plain one, call by call, or null. `whole` gets all its bytes if it comes to its
-/// end without an error or growth, and stays null otherwise.
-inline const char* differenceFromPlain(const StreamCase& stream, QByteArray& whole)
-{
-    constexpr int MostCalls = 200;
-    constexpr qint64 RoomAtTheEnd = 47; // less than three of the largest blocks
-    const auto source = QSharedPointer<NarrowDevice>::create(QIODevice::ReadOnly, stream.isSequential);
-    const auto plainSource = QSharedPointer<NarrowDevice>::create(QIODevice::ReadOnly, stream.isSequential);
-    for (const auto& each : {source, plainSource}) {
-        each->content = stream.content;
-        each->portions = stream.portions;
-    }
-    const auto encryptor = makeEncryptor(stream.cipher, source);
-    PlainEncryptor plain(stream.cipher, plainSource);
-    QByteArray all("");
-    bool isWhole = true;
-    for (int call = 0; call < MostCalls && !(encryptor->atEnd() && call > stream.growingCall); ++call) {
-        const qint64 maxSize = stream.requests.empty() ? 4096 : stream.requests[size_t(call) % stream.requests.size()];
-        const Outcome outcome = outcomeOf(*encryptor, maxSize);
-        if (!(outcome == outcomeOf(plain, maxSize)))
-            return "a call has another outcome than the plain one";
-        if (source->requests != plainSource->requests)
-            return "the source is asked for something else";
-        if (outcome.bytes.size() > std::max(maxSize, RoomAtTheEnd))
-            return "the bytes do not fit into the room for them";
-        all += outcome.bytes;
-        isWhole = isWhole && outcome.error.isEmpty();
-        if (call == stream.growingCall && stream.isSequential && !stream.growth.isEmpty()) {
-            isWhole = false;
-            source->content += stream.growth;
-            plainSource->content += stream.growth;
-        }
-    }
-    if (isWhole && encryptor->atEnd())
-        whole = all;
-    return nullptr;
-}

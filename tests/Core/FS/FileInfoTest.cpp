@@ -1,12 +1,10 @@
 #include <Orv/Core/FS/FileInfo.h>
 
+#include "FolderTest.h"
 #include "ScopedTimeZone.h"
 
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
-#include <unistd.h>
+#include <QDir>
+#include <QFileInfo>
 
 using Orv::Core::FS::FileInfo;
 
@@ -14,10 +12,8 @@ namespace {
 
 const QDateTime Time(QDate(2024, 7, 1), QTime(23, 30), Qt::UTC);
 
-class FileInfoTest : public testing::Test {
+class FileInfoTest : public FolderTest {
 protected:
-    QString placeOf(const char* name) const { return m_folder.filePath(name); }
-
     QString makeFile(const char* name, const QByteArray& content) const
     {
         QFile file(placeOf(name));
@@ -26,52 +22,52 @@ protected:
         EXPECT_TRUE(file.setPermissions(QFile::ReadOwner | QFile::ReadUser | QFile::ExeOther));
         return file.fileName();
     }
-
-    QTemporaryDir m_folder;
 };
 
-/// What it says of itself but for paths, times and permissions.
+/// What it says of itself but for its names and when it was made.
 std::string stateOf(const FileInfo& info)
 {
     const std::pair<bool, const char*> properties[] = {{info.isFile(), "file"}, {info.isDir(), "folder"},
         {info.isSymLink(), "link"}, {info.isHidden(), "hidden"}, {info.isExist(), "there"},
-        {info.isReadable(), "readable"}};
+        {info.isReadable(), "readable"}, {info.permissions() & QFile::ReadOwner, "permissions"}};
     std::string state;
     for (const auto& [is, name] : properties)
         state += is ? std::string(name) + ", " : "";
-    return state + std::to_string(info.size());
+    return state + info.lastModified().toString("yyyy, ").toStdString() + std::to_string(info.size());
 }
 
-void expectNothing(const FileInfo& info)
+void expectNothing(const FileInfo& info, const QString& path)
 {
     EXPECT_EQ(stateOf(info), "0");
-    EXPECT_TRUE(info.lastModified().isNull());
-    EXPECT_TRUE(info.birthTime().isNull());
+    EXPECT_TRUE(info.lastModified().isNull() && info.birthTime().isNull());
     EXPECT_EQ(info.permissions(), QFile::Permissions());
+    EXPECT_EQ(info.absoluteFilePath(), path);
+    EXPECT_EQ(info.filePath(), path);
 }
 
 } // namespace
 
 TEST_F(FileInfoTest, Snapshot)
 {
-    const ScopedTimeZone zone("America/New_York");
+    const auto zone = scopedTimeZone("America/New_York");
     const QString path = makeFile(".name.tar.gz", "12345");
-    const qint64 begin = QDateTime::currentMSecsSinceEpoch() - 60000;
+    const QDateTime begin = QDateTime::currentDateTimeUtc().addSecs(-60);
     const FileInfo file(path);
-    EXPECT_EQ(stateOf(file), "file, hidden, there, readable, 5");
+    EXPECT_EQ(stateOf(file), "file, hidden, there, readable, permissions, 2024, 5");
     EXPECT_EQ(file.absoluteFilePath(), path);
     EXPECT_EQ(file.filePath(), path);
-    EXPECT_EQ(file.fileName(), QStringLiteral(".name.tar.gz"));
-    EXPECT_EQ(file.suffix(), QStringLiteral("gz"));
+    EXPECT_EQ(file.fileName(), ".name.tar.gz");
+    EXPECT_EQ(file.suffix(), "gz");
     EXPECT_EQ(file.lastModified(), Time);
     EXPECT_EQ(file.lastModified().timeSpec(), Qt::UTC);
-    EXPECT_GT(file.birthTime().toMSecsSinceEpoch(), begin) << "not the time of modification";
+    EXPECT_GT(file.birthTime(), begin) << "not the time of modification";
     EXPECT_EQ(file.birthTime().timeSpec(), Qt::UTC);
     EXPECT_EQ(file.permissions() & ~(QFile::ReadUser | QFile::WriteUser | QFile::ExeUser),
         QFile::ReadOwner | QFile::ExeOther);
 
     const FileInfo folder(m_folder.path() + QLatin1Char('/'));
-    EXPECT_EQ(stateOf(folder), "folder, there, readable, " + std::to_string(QFileInfo(m_folder.path()).size()));
+    EXPECT_TRUE(folder.isDir() && !folder.isFile() && folder.isExist());
+    EXPECT_EQ(folder.size(), QFileInfo(m_folder.path()).size());
 }
 
 TEST_F(FileInfoTest, StaysAsItWasUntilRefreshed)
@@ -79,59 +75,46 @@ TEST_F(FileInfoTest, StaysAsItWasUntilRefreshed)
     const QString path = makeFile("file", "12345");
     FileInfo info{QFileInfo(path)};
     ASSERT_TRUE(QFile::remove(path));
-    EXPECT_EQ(stateOf(info), "file, 5") << "without what is asked anew";
-    EXPECT_EQ(info.lastModified(), Time);
-
-    const FileInfo before = info;
+    EXPECT_EQ(stateOf(info), "file, permissions, 2024, 5") << "without what is asked anew";
     info.refresh();
-    expectNothing(info);
-    EXPECT_EQ(info.absoluteFilePath(), path) << "the paths stay";
-    EXPECT_EQ(info.filePath(), path);
-    EXPECT_EQ(before.size(), 5);
+    expectNothing(info, path);
 
     makeFile("file", "1234567");
     info.refresh();
-    EXPECT_EQ(stateOf(info), "file, there, readable, 7");
-    ASSERT_TRUE(QDir().mkpath(placeOf("folder")));
-    info.refresh(placeOf("folder"));
+    EXPECT_EQ(stateOf(info), "file, there, readable, permissions, 2024, 7");
+    info.refresh(m_folder.path());
     EXPECT_TRUE(info.isDir());
-    EXPECT_EQ(info.absoluteFilePath(), placeOf("folder"));
+    EXPECT_EQ(info.absoluteFilePath(), m_folder.path());
 }
 
 TEST_F(FileInfoTest, NothingThere)
 {
     FileInfo missing(placeOf("missing"));
-    for (int i = 0; i < 2; ++i, missing.refresh()) {
-        expectNothing(missing);
-        EXPECT_TRUE(missing.absoluteFilePath().isEmpty());
-        EXPECT_TRUE(missing.filePath().isEmpty());
-    }
-    expectNothing(FileInfo());
-    expectNothing(FileInfo(QStringLiteral("/etc/passwd") + QChar(0) + QStringLiteral(".txt")));
+    expectNothing(missing, QString());
+    missing.refresh();
+    expectNothing(missing, QString());
+    expectNothing(FileInfo(), QString());
+    expectNothing(FileInfo(QStringLiteral("/etc/passwd") + QChar(0) + QStringLiteral(".txt")), QString());
 }
 
 TEST_F(FileInfoTest, Links)
 {
     const QString target = makeFile("file", "12345");
-    ASSERT_TRUE(QFile::link(target, placeOf("link")));
-    EXPECT_EQ(stateOf(FileInfo(placeOf("link"))), "file, link, there, readable, 5");
-    EXPECT_EQ(FileInfo(placeOf("link")).absoluteFilePath(), placeOf("link"));
-
-    ASSERT_TRUE(QFile::remove(target));
-    EXPECT_EQ(stateOf(FileInfo(placeOf("link"))), "link, 0");
-    EXPECT_EQ(FileInfo(placeOf("link")).absoluteFilePath(), placeOf("link"));
+    const QString link = placeOf("link");
+    ASSERT_TRUE(QFile::link(target, link));
+    for (const char* const state : {"file, link, there, readable, permissions, 2024, 5", "link, 0"}) {
+        EXPECT_EQ(stateOf(FileInfo(link)), state);
+        EXPECT_EQ(FileInfo(link).absoluteFilePath(), link);
+        QFile::remove(target);
+    }
 }
 
 TEST_F(FileInfoTest, RelativePath)
 {
-    makeFile("file", "12345");
-    const QString before = QDir::currentPath();
-    ASSERT_TRUE(QDir::setCurrent(m_folder.path()));
-    FileInfo info(QStringLiteral("file"));
-    const QString expected = QFileInfo(QStringLiteral("file")).absoluteFilePath();
-    EXPECT_EQ(info.absoluteFilePath(), expected);
-    EXPECT_EQ(info.filePath(), expected) << "the constructors make it absolute";
-    info.refresh(QStringLiteral("./file"));
-    EXPECT_EQ(info.filePath(), QStringLiteral("./file"));
-    EXPECT_TRUE(QDir::setCurrent(before));
+    const QString relative = QDir::current().relativeFilePath(makeFile("file", "12345"));
+    FileInfo info(relative);
+    EXPECT_EQ(info.absoluteFilePath(), QFileInfo(relative).absoluteFilePath());
+    EXPECT_EQ(info.filePath(), info.absoluteFilePath()) << "the constructors make it absolute";
+    info.refresh(relative);
+    EXPECT_EQ(info.filePath(), relative);
 }
