@@ -36,20 +36,14 @@ struct XarArchive {
     }
 };
 
-/// Base64 in lines, as archivers write it.
-inline QByteArray inLines(const QByteArray& bytes)
-{
-    QByteArray text = bytes.toBase64();
-    for (int end = 72; end < text.size(); end += 73)
-        text.insert(end, '\n');
-    return text + '\n';
-}
-
+/// With Base64 in lines, as archivers write it.
 inline QByteArray certificateElements(const QList<QByteArray>& certificates)
 {
     QByteArray elements;
-    for (const QByteArray& certificate : certificates)
-        elements += "<X509Certificate>" + inLines(certificate) + "</X509Certificate>\n";
+    for (const QByteArray& certificate : certificates) {
+        const QByteArray text = certificate.toBase64();
+        elements += "<X509Certificate>" + text.left(72) + '\n' + text.mid(72) + "\n</X509Certificate>\n";
+    }
     return elements;
 }
 

@@ -1,5 +1,7 @@
 #include <Orv/Utility/Endian.h>
 
+#include "KnownAnswers.h"
+
 #include <algorithm>
 #include <limits>
 
@@ -66,19 +68,10 @@ TEST(Endian, Guids)
 
 TEST(Endian, Fields)
 {
-    struct Row {
-        const char* source;
-        int offset;
-        int length;
-        QByteArray result;
-    };
-    const Row rows[] = {{"abc", 2, 5, QByteArray("--abc\0\0", 7)}, {"abcdef", 0, 3, "abc---"},
-        {"", 1, 2, QByteArray("-\0\0---", 6)}, {"abc", 2, 3, "--abc-"}, {"abc", 0, 0, "------"},
-        {"abc", 8, 0, "------"}, {"abc", 0, -1, "------"}, {"abc", 8, 2, QByteArray("------\0\0ab", 10)}};
-    for (const Row& row : rows) {
+    for (const KnownAnswer& row : tableOfAnswers("fields.txt")) {
         QByteArray data(6, '-');
-        Endian::StringToBytes(row.source, data, row.offset, row.length);
-        EXPECT_EQ(data.toHex(), row.result.toHex()) << row.source << row.offset << row.length;
+        Endian::StringToBytes(row["source"], data, row["offset"].toInt(), row["length"].toInt());
+        EXPECT_EQ(data, QByteArray::fromPercentEncoding(row["result"])) << row["row"].constData();
     }
     QByteArray own("abcdef");
     Endian::StringToBytes(own, own, 2, 6);

@@ -5,9 +5,7 @@
 
 #include <QTemporaryFile>
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 using Orv::Utility::preallocateFile;
 
@@ -15,16 +13,11 @@ namespace {
 
 constexpr quint64 MiB = 1024 * 1024;
 
-struct stat statusOf(const QFile& file)
+quint64 reservedBytes(const QFile& file)
 {
     struct stat status = {};
     EXPECT_EQ(::fstat(file.handle(), &status), 0);
-    return status;
-}
-
-quint64 reservedBytes(const QFile& file)
-{
-    return quint64(statusOf(file).st_blocks) * 512;
+    return quint64(status.st_blocks) * 512;
 }
 
 class PreallocateTest : public testing::TestWithParam<const char*> {
@@ -33,13 +26,11 @@ protected:
     {
         if (!m_mount.reason().isNull())
             GTEST_SKIP() << m_mount.reason().toStdString();
-        m_file.setFileName(m_mount.path() + QStringLiteral("/file"));
         ASSERT_TRUE(m_file.open(QIODevice::ReadWrite));
     }
-    void TearDown() override { m_file.close(); } // before it is unmounted
 
     PrivateMount m_mount{qint64(16 * MiB), GetParam()};
-    QFile m_file;
+    QFile m_file{m_mount.path() + QStringLiteral("/file")}; // closed before it is unmounted
     LoggedLines logged;
 };
 
@@ -57,7 +48,7 @@ TEST_P(PreallocateTest, ReservesBehindThePhysicalEnd)
     ASSERT_LT(before, 4 * MiB) << "there is a hole";
     EXPECT_TRUE(preallocateFile(m_file.handle(), MiB));
     EXPECT_GE(reservedBytes(m_file), before + MiB) << "behind the end, and not where there is data";
-    EXPECT_EQ(statusOf(m_file).st_size, off_t(4 * MiB));
+    EXPECT_EQ(m_file.size(), qint64(4 * MiB));
     EXPECT_EQ(logged.take(), QStringList());
 }
 
@@ -68,7 +59,7 @@ TEST_P(PreallocateTest, NoSpace)
         EXPECT_FALSE(preallocateFile(m_file.handle(), size)) << size;
         EXPECT_LT(reservedBytes(m_file), MiB) << "all or none";
     }
-    EXPECT_EQ(statusOf(m_file).st_size, 5);
+    EXPECT_EQ(m_file.size(), 5);
     EXPECT_EQ(logged.take(), QStringList());
 }
 

@@ -8,13 +8,8 @@
 #include <limits>
 
 using Orv::Utility::StreamCopy;
-
-namespace {
-
 using Device = NarrowDevice;
 using Sizes = std::vector<qint64>;
-
-} // namespace
 
 TEST(StreamCopy, ReadsWritesAndLimits)
 {

@@ -54,8 +54,6 @@ TEST_F(FileInfoTest, Snapshot)
     const QDateTime begin = QDateTime::currentDateTimeUtc().addSecs(-60);
     const FileInfo file(path);
     EXPECT_EQ(stateOf(file), "file, hidden, there, readable, permissions, 2024, 5");
-    EXPECT_EQ(file.absoluteFilePath(), path);
-    EXPECT_EQ(file.filePath(), path);
     EXPECT_EQ(file.fileName(), ".name.tar.gz");
     EXPECT_EQ(file.suffix(), "gz");
     EXPECT_EQ(file.lastModified(), Time);
