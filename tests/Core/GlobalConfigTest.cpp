@@ -42,7 +42,8 @@ TEST(GlobalConfig, EachSetterChangesItsOwnSetting)
         {11, "certificate", [](auto& c) { c.sslCertificatesCache().insert("certificate"); }},
         {12, "1", [](auto& c) { c.setLoadCloudPlugin(true, ""); }},
         {13, "plugin", [](auto& c) { c.setLoadCloudPlugin(true, "plugin"); }},
-        {12, "0", [](auto& c) { c.setLoadCloudPlugin(false, "plugin"); }}};
+        {12, "0", [](auto& c) { c.setLoadCloudPlugin(false, "plugin"); }},
+        {13, "kept", [](auto& c) { c.setLoadCloudPlugin(false, "kept"); }}};
     const auto config = GlobalConfig::mockInstancePtr();
     EXPECT_EQ(QUrl(config->paxEndpoint(), QUrl::StrictMode).scheme(), "https");
     QStringList expected = {
