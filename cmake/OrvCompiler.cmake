@@ -1,9 +1,11 @@
 # What every target of the project is compiled with.
 
-set(CMAKE_CXX_STANDARD 17)
-set(CMAKE_CXX_STANDARD_REQUIRED ON)
-set(CMAKE_CXX_EXTENSIONS OFF)
-set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+foreach(language CXX OBJCXX) # Objective-C++ on Apple systems only
+    set(CMAKE_${language}_STANDARD 17)
+    set(CMAKE_${language}_STANDARD_REQUIRED ON)
+    set(CMAKE_${language}_EXTENSIONS OFF)
+    set(CMAKE_${language}_VISIBILITY_PRESET hidden)
+endforeach()
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
@@ -14,6 +16,7 @@ endif()
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
     set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+    set(CMAKE_OBJCXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
 endif()
 
 if(ORV_SANITIZE)
