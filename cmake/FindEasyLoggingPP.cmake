@@ -2,8 +2,10 @@
 # EasyLoggingPP::Headers. The header's class layouts depend on macros, so everybody who includes it must link this
 # target and get the same ones.
 
-find_path(EasyLoggingPP_INCLUDE_DIR easylogging++.h)
-find_file(EasyLoggingPP_SOURCE easylogging++.cc PATHS ${EasyLoggingPP_INCLUDE_DIR} PATH_SUFFIXES include)
+# Where tools/bootstrap.sh puts it on macOS.
+set(_fetched ${CMAKE_CURRENT_LIST_DIR}/../build/easyloggingpp/src)
+find_path(EasyLoggingPP_INCLUDE_DIR easylogging++.h HINTS ${_fetched})
+find_file(EasyLoggingPP_SOURCE easylogging++.cc HINTS ${_fetched} PATHS ${EasyLoggingPP_INCLUDE_DIR} PATH_SUFFIXES include)
 
 include(FindPackageHandleStandardArgs)
 find_package_handle_standard_args(EasyLoggingPP REQUIRED_VARS EasyLoggingPP_INCLUDE_DIR EasyLoggingPP_SOURCE)

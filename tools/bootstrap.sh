@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what building and testing need and what is missing. Says nothing when nothing is.
-# usage: tools/bootstrap.sh [abi] [benchmarks] [docs] [fuzz] [lint] [packages]    also what these need
+# usage: tools/bootstrap.sh [abi] [benchmarks] [docs] [fuzz] [lint] [macos] [packages]    also what these need
 set -euo pipefail
 
 debian_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libcrypto++-dev libeasyloggingpp-dev
@@ -26,6 +26,9 @@ for purpose in "$@"; do
     docs)
         debian_packages+=(doxygen doxygen-awesome-css)
         brew_formulas+=(doxygen)
+        ;;
+    macos) # what tools/check-macos.sh needs
+        debian_packages+=(clang lld llvm libc++-dev dpkg-dev python3)
         ;;
     packages)
         debian_packages+=(dpkg-dev debootstrap)
@@ -64,13 +67,24 @@ install_macos() {
         brew list --formula "$formula" >/dev/null 2>&1 || missing+=("$formula")
     done
     [ ${#missing[@]} -eq 0 ] || brew install "${missing[@]}"
-    # Homebrew is not known to carry this one.
-    local folder
-    for folder in "$(brew --prefix)/include" /usr/local/include; do
-        [ -f "$folder/easylogging++.h" ] && [ -f "$folder/easylogging++.cc" ] && return
-    done
-    echo "easylogging++ 9.97 is missing: put easylogging++.h and easylogging++.cc into /usr/local/include" >&2
-    exit 2
+    fetch_easyloggingpp
+}
+
+# Homebrew has no formula for it. CMake looks into this folder by itself; only what was verified gets there.
+fetch_easyloggingpp() {
+    local folder head commit=f1f6d98c4ca0b055fd5b61eab522ee23e9efda24
+    folder=$(cd "$(dirname "$0")/.." && pwd)/build/easyloggingpp
+    [ ! -d "$folder" ] || return 0
+    rm -rf "$folder.new"
+    git -c advice.detachedHead=false clone --quiet --depth 1 --branch v9.97.1 \
+        https://github.com/abumq/easyloggingpp.git "$folder.new"
+    head=$(git -C "$folder.new" rev-parse HEAD)
+    if [ "$head" != "$commit" ]; then
+        rm -rf "$folder.new"
+        echo "easylogging++ v9.97.1 should be commit $commit, but is $head: not used" >&2
+        exit 2
+    fi
+    mv "$folder.new" "$folder"
 }
 
 if [ -f /etc/debian_version ]; then
