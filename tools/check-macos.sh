@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # usage: tools/check-macos.sh SDK
-# Compiles every source of the library and of the sample client as for a Mac, on a machine that is none, and throws the
-# result away: errors and warnings of ours show before somebody has to find them there. SDK is a folder with the macOS
-# SDK's headers, in include/ and Frameworks/. Needs clang with its libc++ headers (Debian: clang, libc++-dev) and this
-# machine's Qt, Crypto++ and easylogging++, whose headers know macOS too.
+# Builds everything that a Mac builds, for Intel and Apple processors, on Debian: CMake's own choice of sources and flags,
+# clang and lld, warnings as errors. Then inspects the library. Nothing of it can run here. It stays in build/macos.
+# SDK is a folder with the macOS SDK's headers and stubs, in include/, lib/ and Frameworks/.
+#
+# The frameworks and libobjc link to the SDK's own stubs. tools/macos/stubs.py writes those of the other libraries, from
+# what does not depend on this project: a function that is called but that no library has does not link.
 set -euo pipefail
 start=$PWD
 cd "$(dirname "$0")/.."
@@ -15,42 +17,114 @@ fail() {
 
 [ $# -eq 1 ] || fail "usage: tools/check-macos.sh SDK"
 sdk=$(cd "$start" && realpath "$1")
-[ -d "$sdk/include" ] || fail "$sdk has no include/"
-[ -d "$sdk/Frameworks" ] || fail "$sdk has no Frameworks/"
-command -v clang++ >/dev/null || fail "clang++ is missing"
-libcxx=$(dirname "$(dirname "$(readlink -f "$(command -v clang++)")")")/include/c++/v1
-[ -d "$libcxx" ] || fail "the headers of libc++ are missing: there is no $libcxx"
-qt=$(pkg-config --variable=includedir Qt5Core) || fail "Qt 5 Core is missing"
-
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-# Both lie among the headers of this machine's C library, which must stay out.
-mkdir "$work/include"
-ln -s /usr/include/cryptopp /usr/include/easylogging++.h "$work/include"
-moc=$(pkg-config --variable=host_bins Qt5Core)/moc
-grep -rl Q_OBJECT orvCore/include orvCore/src --include='*.h' | while read -r header; do
-    "$moc" "$header" -o "$work/moc_$(basename "$header" .h).cpp"
+for folder in include lib Frameworks; do
+    [ -d "$sdk/$folder" ] || fail "$sdk has no $folder/"
 done
-
-export sdk libcxx qt work
-compile() { # TARGET SOURCE
-    local warnings=(-Wall -Wextra -Wpedantic -Werror)
-    [[ $2 != *easylogging* ]] || warnings=(-w)
-    clang++ -target "$1" -fsyntax-only -x c++ -std=c++17 -fPIC -fvisibility=hidden "${warnings[@]}" \
-        -nostdinc++ -nostdlibinc -isystem "$libcxx" -isystem "$sdk/include" -iframework "$sdk/Frameworks" \
-        -isystem "$qt" -isystem "$qt/QtCore" -isystem "$work/include" \
-        -I orvCore/include -I orvCore/src \
-        -DORV_BUILDING_LIBRARY -DQT_NO_KEYWORDS -DQT_CORE_LIB -DELPP_THREAD_SAFE -DELPP_NO_DEFAULT_LOG_FILE \
-        -DELPP_FEATURE_CRASH_LOG -DELPP_DISABLE_DEFAULT_CRASH_HANDLING \
-        "$2" || { echo "$2 does not compile for $1" >&2; return 1; }
+tools/bootstrap.sh macos
+library() { # NAME: where this machine has it
+    local file
+    file=$(clang++ -print-file-name="$1")
+    [ -f "$file" ] || fail "$1 is missing"
+    echo "$file"
 }
-export -f compile
 
-mapfile -t sources < <(find orvCore/src examples -name '*.cpp' ! -name '*_linux.cpp' | sort)
-sources+=("$work"/moc_*.cpp /usr/include/easylogging++.cc)
+work=$PWD/build/macos # always the same, so that ccache recognises what it has compiled
+rm -rf "$work"
+mkdir -p "$work"/{bin,include,lib,sysroot/usr/lib,sysroot/System/Library}
+ln -s "$sdk/include" "$work/sysroot/usr/include"
+ln -s "$sdk"/lib/*.tbd "$work/sysroot/usr/lib"
+cp -rs "$sdk/Frameworks" "$work/sysroot/System/Library"
+for stub in "$sdk"/Frameworks/{CoreFoundation,Foundation,Security}.framework/*.tbd; do
+    # One framework names another by the place where it is installed.
+    place=$work/sysroot$(sed -n "s/^install-name: *'\(.*\)'$/\1/p; T; q" "$stub").tbd
+    mkdir -p "$(dirname "$place")"
+    ln -sf "$stub" "$place"
+done
+# CMake asks it which system there is, and uses no @rpath if there is none.
+printf '#!/bin/sh\necho 12.0\n' >"$work/bin/sw_vers"
+chmod +x "$work/bin/sw_vers"
+# These lie among the headers of this machine's C library, which must stay out.
+ln -s /usr/include/{cryptopp,easylogging++.h,gtest,gmock} "$work/include"
+
+# The C library, by the headers of the C standard, POSIX and BSD that declare it
+c_headers=(aio arpa/inet assert complex copyfile ctype dirent dlfcn err errno execinfo fcntl fenv float fnmatch ftw getopt
+    glob grp iconv ifaddrs inttypes langinfo libgen limits locale mach/mach mach/mach_time malloc/malloc math monetary net/if
+    netdb netinet/in nl_types poll pthread pwd regex sched search semaphore setjmp signal spawn stdarg stddef stdint stdio
+    stdlib string strings sys/attr sys/file sys/ioctl sys/mman sys/mount sys/param sys/random sys/resource sys/select
+    sys/socket sys/stat sys/statvfs sys/sysctl sys/time sys/times sys/types sys/uio sys/un sys/utsname sys/wait sys/xattr
+    syslog termios time ulimit unistd unwind utime utmpx wchar wctype wordexp xlocale)
+
+stub() { # FILE INSTALL_NAME SOURCES...
+    tools/macos/stubs.py "$target" "$work/$1" "$2" "${@:3}"
+}
+
+syntax_tree() { # HEADERS...: without their .h
+    printf '#include <%s.h>\n' "$@" >"$work/headers.c"
+    clang -target "$target" -isysroot "$work/sysroot" -fsyntax-only -Xclang -ast-dump=json "$work/headers.c"
+}
+
+# Twice: before CMake tries the compiler, and with --objects, when the objects are there.
+standard_stubs() { # [--objects FOLDER]
+    stub sysroot/usr/lib/libSystem.tbd /usr/lib/libSystem.B.dylib "$work/libc.json" tools/macos/libsystem.txt
+    stub sysroot/usr/lib/libc++.tbd /usr/lib/libc++.1.dylib "$@" "$(library libc++.so.1)" "$(library libc++abi.so.1)"
+}
+
+package_stubs() { # [--objects FOLDER]
+    stub sysroot/usr/lib/libxar.tbd /usr/lib/libxar.1.dylib --prefix _xar_ "$work/xar.json"
+    stub lib/QtCore.tbd @rpath/QtCore.framework/Versions/5/QtCore "$@" \
+        "$(library libQt5Core.so)" tools/macos/qtcore-foundation.txt
+    stub lib/libcryptopp.tbd @rpath/libcryptopp.dylib "$@" "$(library libcryptopp.so)"
+    stub lib/gtest.tbd @rpath/libgtest.dylib "$@" \
+        "$(library libgtest.a)" "$(library libgmock.a)" "$(library libgtest_main.a)"
+}
+
+configure() {
+    PATH=$work/bin:$PATH cmake -S . -B "$build" -G Ninja --toolchain tools/macos/toolchain.cmake \
+        -DORV_MAC_PROCESSOR="${target%%-*}" -DORV_MAC_WORK="$work" \
+        -DORV_QT_INCLUDE="$(pkg-config --variable=includedir Qt5Core)" \
+        -DORV_QT_BINARIES="$(pkg-config --variable=host_bins Qt5Core)" \
+        -DORV_QT_CMAKE="$(pkg-config --variable=libdir Qt5Core)/cmake/Qt5Core" \
+        -DORV_WERROR=ON -DCMAKE_BUILD_TYPE=Release >"$work/configure.log" || { cat "$work/configure.log"; return 1; }
+}
+
+compile() {
+    local objects
+    # But for the headers alone, which the Linux build verifies
+    mapfile -t objects < <(ninja -C "$build" -t targets all | sed -n '/verify_interface/d; s/\.o: .*/.o/p')
+    ninja -C "$build" -k 0 "${objects[@]}" >"$work/compile.log" || { cat "$work/compile.log"; return 1; }
+    echo "${#objects[@]} sources compile for $target"
+}
+
+# Everything: the library, its sample client, the snippets and the tests
+link() {
+    ninja -C "$build" -k 0 >"$work/link.log" || {
+        grep -Ev '^(\[|: &&)' "$work/link.log"
+        return 1
+    }
+}
+
+inspect() {
+    local library=$build/orvCore/liborvCore.dylib header
+    header=$(llvm-objdump --macho --private-headers "$library")
+    expect() { # PATTERN WHAT
+        grep -Eq "$1" <<<"$header" || { echo "$library: no $2" >&2; return 1; }
+    }
+    expect '^ +name @rpath/liborvCore\.[0-9]+\.dylib ' "install name @rpath/liborvCore.N.dylib"
+    expect '^ +minos 12\.0$' "minimum macOS 12.0"
+    tests/symbols.sh "$library" tests/symbols.txt
+}
+
 for target in x86_64-apple-macos12 arm64-apple-macos12; do
-    # shellcheck disable=SC2016 # the inner shell expands it
-    printf '%s\n' "${sources[@]}" |
-        xargs -P "$(getconf _NPROCESSORS_ONLN)" -I{} bash -c 'compile "$0" "$1"' "$target" {} || exit 1
-    echo "${#sources[@]} sources compile for $target"
+    build=$work/${target%%-*}
+    syntax_tree "${c_headers[@]}" >"$work/libc.json"
+    syntax_tree xar/xar >"$work/xar.json"
+    standard_stubs
+    package_stubs
+    configure
+    compile
+    standard_stubs --objects "$build"
+    package_stubs --objects "$build"
+    link
+    inspect
+    echo "liborvCore links for $target"
 done

@@ -8,7 +8,7 @@ tools/bootstrap.sh lint
 cmake --preset release -DCMAKE_EXPORT_COMPILE_COMMANDS=ON >/dev/null
 jobs=$(getconf _NPROCESSORS_ONLN)
 
-git ls-files -z '*.cpp' '*.h' | xargs -0 clang-format --dry-run -Werror
+git ls-files -z '*.cpp' '*.h' '*.mm' | xargs -0 clang-format --dry-run -Werror
 git ls-files -z '*.sh' .ci/run | xargs -0 shellcheck
 mapfile -t sources < <(git ls-files 'orvCore/src/*.cpp' 'examples/*.cpp' | grep -v '_mac\.cpp$')
 cppcheck --quiet --error-exitcode=1 -j "$jobs" --std=c++17 --enable=warning,performance,portability \
