@@ -31,15 +31,10 @@ void copy(EncryptorBase& encryptor, const QString& from, const QString& to)
     encryptor.setSource(source);
     if (!encryptor.init())
         throw std::runtime_error("there is no such cipher mode");
-
-    QByteArray portion(65536, '\0');
-    while (!encryptor.atEnd()) { // and not: until nothing comes
-        const qint64 size = encryptor.readData(portion.data(), portion.size());
-        if (source->error() != QFile::NoError || target.write(portion.constData(), size) != size)
-            throw std::runtime_error("a file cannot be read or written");
-    }
-    if (!target.flush())
-        throw std::runtime_error("a file cannot be written");
+    if (!encryptor.writeTo(target))
+        throw std::runtime_error(encryptor.sourceFailed() ? "a file cannot be read" : "a file cannot be written");
+    if (encryptor.bytesRead() != source->size())
+        throw std::runtime_error("a file changed while it was read");
 }
 //! [copy]
 
@@ -56,8 +51,7 @@ QByteArray encrypt(const QString& from, const QString& to, const QByteArray& key
 //! [encrypt]
 
 //! [decrypt]
-// A wrong key or a damaged file is mostly noticed at its end, by an exception, and not always: who has to know that the
-// data is whole keeps a hash of it.
+// A wrong key or a damaged file usually throws at its end, but not always: store a MAC or a hash to be sure.
 void decrypt(const QString& from, const QString& to, const QByteArray& key, const QByteArray& iv)
 {
     const std::unique_ptr<EncryptorBase> decryptor(EncryptorBase::create(Aes256, false, Cbc));

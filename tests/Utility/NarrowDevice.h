@@ -11,6 +11,7 @@
 class NarrowDevice : public QIODevice {
 public:
     static constexpr int Failure = 700; // a portion of this size is none: reading throws
+    static constexpr char FailureText[] = "the device has failed";
 
     explicit NarrowDevice(OpenMode mode, bool sequential = false) : m_sequential(sequential)
     {
@@ -33,7 +34,7 @@ protected:
         requests.push_back(size);
         const qint64 portion = portions.empty() ? size : portions[requests.size() % portions.size()];
         if (portion == Failure)
-            throw std::runtime_error("the device has failed");
+            throw std::runtime_error(FailureText);
         if (room == 0)
             return -1;
         const qint64 given = std::min({size, portion, room, content.size() - m_position});

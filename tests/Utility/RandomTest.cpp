@@ -2,10 +2,12 @@
 #include <Orv/Utility/RandomString.h>
 
 #include "Log/ChildProcess.h"
+#include "PrivateMount.h"
 #include "Utility/NarrowDevice.h"
 
 #include <gmock/gmock.h>
 
+#include <cstdlib>
 #include <set>
 
 #include <sys/resource.h>
@@ -58,6 +60,19 @@ TEST(RandomByteArray, FewDescriptorsAndNone)
         ::setrlimit(RLIMIT_NOFILE, &few); // sanitizers have files to read at the end
         EXPECT_EQ(bytes.size() + device.content.size(), 100);
     });
+}
+
+TEST(RandomByteArray, DeviceThatGivesNothing)
+{
+    const PrivateMount mount(1 << 20, "tmpfs"); // for mounts of our own
+    if (!mount.reason().isNull())
+        GTEST_SKIP() << mount.reason().toStdString();
+    ASSERT_EQ(std::system("mount --bind /dev/null /dev/urandom"), 0);
+    QByteArray bytes = "before";
+    NarrowDevice device(QIODevice::WriteOnly);
+    EXPECT_FALSE(RandomByteArray::generate(bytes, 1300) || RandomByteArray::generate(device, 1300));
+    EXPECT_EQ(bytes + device.content, "before");
+    EXPECT_EQ(std::system("umount /dev/urandom"), 0);
 }
 
 TEST(RandomString, FollowsTheSeededSequence)

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstddef>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -12,8 +14,23 @@ namespace Orv::Utitlity {
 
 namespace {
 
-/// Reads `size` random bytes in portions of at most 512 and hands each one to `take(data, size)`, until that says
-/// false. What read() returns is not looked at: the random device delivers what it is asked for.
+/// Fills `buffer`. False if the device fails or ends: there is no randomness in what it did not deliver.
+bool readFully(int descriptor, char* buffer, std::size_t size)
+{
+    while (size != 0) {
+        const ssize_t received = ::read(descriptor, buffer, size);
+        if (received == -1 && errno == EINTR)
+            continue;
+        if (received <= 0)
+            return false;
+        buffer += received;
+        size -= static_cast<std::size_t>(received);
+    }
+    return true;
+}
+
+/// Reads `size` random bytes in chunks of at most 512 and passes each one to `take(data, size)`, until that returns
+/// false.
 template <class Take> bool readRandom(quint64 size, Take take)
 {
     const int descriptor = ::open("/dev/urandom", O_RDONLY | O_CLOEXEC);
@@ -25,10 +42,8 @@ template <class Take> bool readRandom(quint64 size, Take take)
     bool ok = true;
     while (ok && size != 0) {
         const auto chunk = static_cast<int>(std::min<quint64>(buffer.size(), size));
-        const ssize_t ignored = ::read(descriptor, buffer.data(), chunk);
-        Q_UNUSED(ignored)
-        ok = take(buffer.data(), chunk);
-        size -= chunk;
+        ok = readFully(descriptor, buffer.data(), static_cast<std::size_t>(chunk)) && take(buffer.data(), chunk);
+        size -= static_cast<quint64>(chunk);
     }
     return ok;
 }
@@ -37,10 +52,14 @@ template <class Take> bool readRandom(quint64 size, Take take)
 
 bool RandomByteArray::generate(QByteArray& out, quint64 size)
 {
-    return readRandom(size, [&out](const char* data, int count) {
+    const int before = out.size();
+    const bool ok = readRandom(size, [&out](const char* data, int count) {
         out.append(data, count);
         return true;
     });
+    if (!ok)
+        out.truncate(before);
+    return ok;
 }
 
 bool RandomByteArray::generate(QIODevice& out, quint64 size)

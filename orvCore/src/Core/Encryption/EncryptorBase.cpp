@@ -1,13 +1,17 @@
 #include <Orv/Core/Encryption/EncryptorBase.h>
 
 #include "Core/Encryption/StreamTransformation_p.h"
+#include "Core/Encryption/TransformTogether_p.h"
 
-#include <Orv/Core/Encryption/Encryptors.h>
 #include <Orv/Core/Encryption/Key.h>
+#include <Orv/Exception.h>
 
-#include <QScopeGuard>
+#include <QBuffer>
+#include <QFileDevice>
 
 #include <algorithm>
+#include <set>
+#include <typeinfo>
 
 using CryptoPP::byte;
 using CryptoPP::StreamTransformationFilter;
@@ -15,28 +19,42 @@ using CryptoPP::StreamTransformationFilter;
 namespace Orv::Core::Encryption {
 
 namespace {
-constexpr qint64 LargestRead = 1 << 30; // bytes; a byte array cannot hold more than twice as many
+
+constexpr qint64 LargestRead = 1 << 30; // bytes
+constexpr int WriteToChunk = 64 * 1024; // bytes
+
+std::size_t roundDown(std::size_t size, std::size_t blockSize)
+{
+    return size / blockSize * blockSize;
 }
 
-EncryptorBase* EncryptorBase::create(Algorithm algorithm, bool encrypt, Type type)
-{
-    switch (algorithm) {
-    case Des:
-        return new EncryptorDes(encrypt, type);
-    case Des112:
-        return new EncryptorDes112(encrypt, type);
-    case Des3:
-        return new EncryptorDes3(encrypt, type);
-    case Aes128:
-        return new EncryptorAes128(encrypt, type);
-    case Aes192:
-        return new EncryptorAes192(encrypt, type);
-    case Aes256:
-        return new EncryptorAes256(encrypt, type);
-    default:
-        return nullptr;
+} // namespace
+
+/// What one read of the source gave.
+struct EncryptorBase::Input {
+    const byte* data = nullptr;
+    std::size_t size = 0;
+
+    Input takeFirst(std::size_t count)
+    {
+        const Input first = {data, count};
+        data += count;
+        size -= count;
+        return first;
     }
-}
+};
+
+/// A call of readData, whose three steps are: read the source, transform `blocks` (all whole blocks that fit into the
+/// caller's room), and store what is left.
+struct EncryptorBase::Pass {
+    char* data;
+    qint64 room;
+    qint64 count = 0;  // of bytes in `data`
+    Input blocks = {}; // to be transformed to the end of these bytes
+    Input rest = {};
+    std::size_t restReady = 0; // bytes of the rest that can be transformed now
+    bool atEnd = false;        // of the source
+};
 
 EncryptorBase::EncryptorBase(Algorithm algorithm, bool encrypt, Type type)
     : m_algorithm(algorithm), m_type(type), m_encrypt(encrypt),
@@ -53,7 +71,7 @@ void EncryptorBase::setSource(QSharedPointer<QIODevice> source)
 
 void EncryptorBase::setKey(const QByteArray& key)
 {
-    m_key = key;
+    m_transformation->key.assign(key.begin(), key.end());
 }
 
 void EncryptorBase::setIv(const QByteArray& iv)
@@ -71,110 +89,194 @@ void EncryptorBase::appendRandomIv(unsigned short size)
 
 bool EncryptorBase::init()
 {
-    if (!m_transformation->mode)
+    StreamTransformation& stream = *m_transformation;
+    stream.input.clear();
+    stream.output.clear();
+    m_paddingDone = false;
+    m_sourceFailed = false;
+    m_bytesRead = 0;
+    m_memoryPosition = -1;
+    if (!stream.mode)
         return false;
-    m_transformation->filter = std::make_unique<StreamTransformationFilter>(
-        *m_transformation->mode, nullptr, StreamTransformationFilter::PKCS_PADDING);
+    stream.filter =
+        std::make_unique<StreamTransformationFilter>(*stream.mode, nullptr, StreamTransformationFilter::PKCS_PADDING);
     return true;
+}
+
+bool EncryptorBase::atEnd() const
+{
+    return m_transformation->output.empty() && m_paddingDone;
 }
 
 qint64 EncryptorBase::readData(char* data, qint64 maxSize)
 {
-    if (m_source->atEnd() && m_finished) {
-        const int size = m_buffer.size();
-        std::copy_n(m_buffer.constData(), size, data);
-        m_buffer.clear();
-        return size;
-    }
-
-    const qint64 shortfall = std::max<qint64>(0, maxSize - m_buffer.size());
-    const qint64 blocks = shortfall / m_blockSize + (shortfall % m_blockSize != 0);
-    const qint64 request = std::min(blocks, LargestRead / m_blockSize) * m_blockSize;
-    const qint64 direct = transformFromSource(request, data, maxSize);
-
-    const int count = static_cast<int>(std::clamp<qint64>(maxSize - direct, 0, m_buffer.size()));
-    std::copy_n(m_buffer.constData(), count, data + direct);
-    m_buffer.remove(0, count);
-    return direct + count;
+    Pass pass = beginRead(data, maxSize);
+    m_transformation->mode->ProcessData(reinterpret_cast<byte*>(data + pass.count), pass.blocks.data, pass.blocks.size);
+    return finishRead(pass);
 }
 
-/// Reads `request` bytes from the source. What they become is appended to the buffer; but if the buffer is empty and
-/// the stream is not at its end, whole blocks that fit go straight to `data`, with room for `room` bytes, and their
-/// size is returned.
-///
-/// Only what has to wait for the end of the source passes through the filter, which adds or checks the padding.
-/// (Sending everything through the filter is the plain way and gives the same bytes from each call, but copies them
-/// several times over.)
-qint64 EncryptorBase::transformFromSource(qint64 request, char* data, qint64 room)
+/// Reads the source. What was waiting for a caller comes first, then the blocks that began in earlier input.
+EncryptorBase::Pass EncryptorBase::beginRead(char* data, qint64 maxSize)
 {
-    StreamTransformation& transformation = *m_transformation;
-    const int buffered = m_buffer.size();
-    const int held = transformation.held;
-    const int size = buffered + held + static_cast<int>(request);
-    m_buffer.reserve(size); // also keeps the memory when the buffer runs empty
-    m_buffer.resize(size);
-    int filled = buffered; // nothing of a failed call is handed out
-    const auto trim = qScopeGuard([this, &filled] { m_buffer.resize(filled); });
-    auto* area = reinterpret_cast<byte*>(m_buffer.data()) + buffered;
-    std::copy_n(transformation.heldBytes.data(), held, area);
-
-    const qint64 received = m_source->read(reinterpret_cast<char*>(area + held), request);
-    const int available = held + static_cast<int>(std::max<qint64>(0, received));
-    const int whole = transformation.ended ? 0 : readyBytes(available);
-
-    const bool atEnd = m_source->atEnd();
-    if (atEnd || transformation.ended) {
-        transformation.mode->ProcessData(area, area, whole);
-        filled = finishThroughFilter(buffered, whole, available, atEnd);
-        return 0;
+    StreamTransformation& stream = *m_transformation;
+    Pass pass{data, maxSize};
+    if (m_source->atEnd() && m_paddingDone) {
+        pass.count = returnOutput(data, stream.output.size());
+        return pass;
     }
-    const qint64 wholeRoom = buffered == 0 ? room / m_blockSize * m_blockSize : 0;
-    const int direct = static_cast<int>(std::clamp<qint64>(wholeRoom, 0, whole));
-    transformation.mode->ProcessData(reinterpret_cast<byte*>(data), area, direct);
-    transformation.mode->ProcessData(area + direct, area + direct, whole - direct);
-    transformation.held = available - whole;
-    std::copy_n(area + whole, transformation.held, transformation.heldBytes.data());
-    std::copy(area + direct, area + whole, area);
-    filled = buffered + whole - direct;
-    return direct;
+
+    const qint64 shortfall = std::max<qint64>(0, maxSize - qint64(stream.output.size()));
+    const qint64 blocks = shortfall / m_blockSize + (shortfall % m_blockSize != 0);
+    pass.rest = readSource(std::min(blocks, LargestRead / m_blockSize) * m_blockSize);
+    pass.atEnd = m_source->atEnd();
+    if (m_paddingDone)
+        return pass; // the source grew after its end: it is read and checked, and gives no more output
+    pass.count = returnOutput(data, maxSize);
+
+    std::size_t ready = readyBytes(stream.input.size() + pass.rest.size);
+    if (!stream.input.empty()) {
+        const std::size_t begun = std::min(ready, roundDown(stream.input.size() + m_blockSize - 1, m_blockSize));
+        const Input missing = pass.rest.takeFirst(std::max(begun, stream.input.size()) - stream.input.size());
+        stream.input.insert(stream.input.end(), missing.data, missing.data + missing.size);
+        transformToOutput(begun);
+        pass.count += returnOutput(data + pass.count, maxSize - pass.count);
+        ready -= begun;
+    }
+    const auto room = static_cast<std::size_t>(std::max<qint64>(0, maxSize - pass.count));
+    pass.blocks = pass.rest.takeFirst(std::min(ready, roundDown(room, m_blockSize)));
+    pass.restReady = ready - pass.blocks.size;
+    return pass;
+}
+
+/// Stores what was read and does not fit, or is not ready, and returns how many bytes the call gives.
+qint64 EncryptorBase::finishRead(Pass& pass)
+{
+    StreamTransformation& stream = *m_transformation;
+    pass.count += static_cast<qint64>(pass.blocks.size);
+    stream.input.insert(stream.input.end(), pass.rest.data, pass.rest.data + pass.rest.size);
+    transformToOutput(pass.restReady);
+    if (pass.atEnd || m_paddingDone)
+        transformLast(pass.atEnd);
+    pass.count += returnOutput(pass.data + pass.count, pass.room - pass.count);
+    return pass.count;
+}
+
+/// Reads `size` bytes of the source, or as many as it gives.
+EncryptorBase::Input EncryptorBase::readSource(qint64 size)
+{
+    Input input = readMemory(size);
+    if (input.size == 0) {
+        SecretBytes& chunk = m_transformation->chunk;
+        if (chunk.size() < static_cast<std::size_t>(size))
+            chunk = SecretBytes(static_cast<std::size_t>(size));
+        const qint64 received = m_source->read(reinterpret_cast<char*>(chunk.data()), size);
+        input = {chunk.data(), static_cast<std::size_t>(std::max<qint64>(0, received))};
+        const auto* const file = qobject_cast<const QFileDevice*>(m_source.data());
+        if (received < 0 || !m_source->isOpen() || (file && file->error() != QFileDevice::NoError))
+            m_sourceFailed = true;
+        if (received > 0)
+            m_memoryPosition = std::max(m_memoryPosition, m_source->pos());
+    }
+    m_bytesRead += static_cast<qint64>(input.size);
+    return input;
+}
+
+/// The bytes of a QBuffer where they are, since copying them out takes up to half as long as decrypting them. Empty
+/// where read() might give other bytes: in text mode, in a subclass, and where bytes were put back (ungetChar), which
+/// moves the position back from where reads have come.
+EncryptorBase::Input EncryptorBase::readMemory(qint64 size)
+{
+    QIODevice& source = *m_source;
+    if (typeid(source) != typeid(QBuffer) || !source.isReadable() || source.isTextModeEnabled() ||
+        source.isTransactionStarted() || source.pos() != m_memoryPosition)
+        return {};
+    const QByteArray& content = static_cast<const QBuffer&>(source).data();
+    const qint64 given = std::clamp<qint64>(content.size() - m_memoryPosition, 0, size);
+    const auto* const data = reinterpret_cast<const byte*>(content.constData()) + m_memoryPosition;
+    m_memoryPosition += given;
+    source.seek(m_memoryPosition);
+    return {data, static_cast<std::size_t>(given)};
 }
 
 /// How many of the bytes at hand can be transformed now: all whole blocks, but for the last one while decrypting, which
-/// may turn out to hold the padding.
-int EncryptorBase::readyBytes(int available) const
+/// may hold the padding.
+std::size_t EncryptorBase::readyBytes(std::size_t available) const
 {
-    const int kept = m_encrypt ? 0 : m_blockSize;
-    return std::max(0, available - kept) / m_blockSize * m_blockSize;
+    const std::size_t kept = m_encrypt ? 0 : m_blockSize;
+    return available < kept ? 0 : roundDown(available - kept, m_blockSize);
 }
 
-/// The buffer holds `buffered` bytes from before, then `whole` bytes just transformed, then, up to `available`, the
-/// ones for the filter.
-///
-/// Returns how many bytes the buffer holds then. A sequential source may grow again after its end; the filter then goes
-/// on as the cipher library means it to, which no longer gives output once a message was complete.
-int EncryptorBase::finishThroughFilter(int buffered, int whole, int available, bool atEnd)
+/// Transforms the first `size` bytes of the input.
+void EncryptorBase::transformToOutput(std::size_t size)
 {
-    StreamTransformation& transformation = *m_transformation;
-    StreamTransformationFilter& filter = *transformation.filter;
-    const auto* area = reinterpret_cast<const byte*>(m_buffer.constData()) + buffered;
-    filter.Put(area + whole, available - whole);
-    transformation.held = 0;
-    transformation.ended = true;
-    if (atEnd) {
-        try {
-            filter.MessageEnd();
-        } catch (...) {
-            // For a later call that may complete the stream
-            filter.AttachedTransformation()->Put(area, whole);
-            throw;
-        }
-        m_finished = true;
-    }
+    StreamTransformation& stream = *m_transformation;
+    const std::size_t before = stream.output.size();
+    stream.output.resize(before + size);
+    stream.mode->ProcessData(stream.output.data() + before, stream.input.data(), size);
+    stream.input.erase(stream.input.begin(), stream.input.begin() + static_cast<std::ptrdiff_t>(size));
+}
 
-    const auto rest = static_cast<int>(filter.MaxRetrievable());
-    m_buffer.resize(buffered + whole + rest);
-    filter.Get(reinterpret_cast<byte*>(m_buffer.data()) + buffered + whole, rest);
-    return m_buffer.size();
+/// Sends the rest of the input through the padding filter, which adds the padding or checks and removes it.
+void EncryptorBase::transformLast(bool atEnd)
+{
+    StreamTransformation& stream = *m_transformation;
+    stream.filter->Put(stream.input.data(), stream.input.size());
+    stream.input.clear();
+    if (!atEnd)
+        return;
+    stream.filter->MessageEnd(); // throws if the padding is wrong
+    m_paddingDone = true;
+
+    const auto size = static_cast<std::size_t>(stream.filter->MaxRetrievable());
+    const std::size_t before = stream.output.size();
+    stream.output.resize(before + size);
+    stream.filter->Get(stream.output.data() + before, size);
+}
+
+qint64 EncryptorBase::returnOutput(char* data, qint64 room)
+{
+    SecretBytes& output = m_transformation->output;
+    const auto count = std::clamp<qint64>(room, 0, static_cast<qint64>(output.size()));
+    std::copy_n(output.data(), count, data);
+    output.erase(output.begin(), output.begin() + count);
+    return count;
+}
+
+QVector<qint64> EncryptorBase::readTogether(
+    const QVector<EncryptorBase*>& encryptors, const QVector<char*>& data, qint64 maxSize)
+{
+    if (encryptors.size() != data.size())
+        throw Exception::Base(QStringLiteral("As many data areas as encryptors are needed"));
+    if (std::set<EncryptorBase*>(encryptors.begin(), encryptors.end()).size() != std::size_t(encryptors.size()))
+        throw Exception::Base(QStringLiteral("An encryptor is listed twice"));
+
+    std::vector<Pass> passes;
+    std::vector<BlockRun> runs;
+    for (int i = 0; i < encryptors.size(); ++i) {
+        const Pass& pass = passes.emplace_back(encryptors[i]->beginRead(data[i], maxSize));
+        runs.push_back({encryptors[i]->m_transformation.get(), pass.blocks.data,
+            reinterpret_cast<byte*>(pass.data + pass.count), pass.blocks.size});
+    }
+    transformTogether(std::move(runs));
+
+    QVector<qint64> counts;
+    for (int i = 0; i < encryptors.size(); ++i)
+        counts.append(encryptors[i]->finishRead(passes[static_cast<std::size_t>(i)]));
+    return counts;
+}
+
+bool EncryptorBase::writeTo(QIODevice& destination)
+{
+    QByteArray chunk(WriteToChunk, Qt::Uninitialized);
+    while (!atEnd()) {
+        const qint64 readBefore = m_bytesRead;
+        const qint64 size = readData(chunk.data(), chunk.size());
+        const bool isStalled = size == 0 && m_bytesRead == readBefore && !atEnd();
+        if (m_sourceFailed || isStalled || destination.write(chunk.constData(), size) != size)
+            return false;
+    }
+    auto* const file = qobject_cast<QFileDevice*>(&destination);
+    return !file || file->flush();
 }
 
 } // namespace Orv::Core::Encryption

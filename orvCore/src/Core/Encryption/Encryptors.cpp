@@ -15,39 +15,61 @@ const CryptoPP::byte* bytes(const QByteArray& array)
     return reinterpret_cast<const CryptoPP::byte*>(array.constData());
 }
 
-template <class Mode>
-std::unique_ptr<CryptoPP::StreamTransformation> makeCbc(const QByteArray& key, const QByteArray& iv)
+template <class Mode> std::unique_ptr<CryptoPP::SymmetricCipher> makeMode(const SecretBytes& key, const QByteArray& iv)
 {
     auto mode = std::make_unique<Mode>();
-    mode->SetKeyWithIV(bytes(key), key.size(), bytes(iv), iv.size());
+    if (mode->IsResynchronizable()) // ECB takes no IV
+        mode->SetKeyWithIV(key.data(), key.size(), bytes(iv), static_cast<std::size_t>(iv.size()));
+    else
+        mode->SetKey(key.data(), key.size());
     return mode;
-}
-
-template <class Mode> std::unique_ptr<CryptoPP::StreamTransformation> makeEcb(const QByteArray& key)
-{
-    auto mode = std::make_unique<Mode>();
-    mode->SetKey(bytes(key), key.size());
-    return mode;
-}
-
-/// The keyed mode; null for a type that does not exist. The cipher library checks the lengths and throws.
-template <class Cipher>
-std::unique_ptr<CryptoPP::StreamTransformation> makeMode(
-    bool encrypt, Type type, const QByteArray& key, const QByteArray& iv)
-{
-    using CbcMode = CryptoPP::CBC_Mode<Cipher>;
-    using EcbMode = CryptoPP::ECB_Mode<Cipher>;
-    switch (type) {
-    case Cbc:
-        return encrypt ? makeCbc<typename CbcMode::Encryption>(key, iv)
-                       : makeCbc<typename CbcMode::Decryption>(key, iv);
-    case Ecb:
-        return encrypt ? makeEcb<typename EcbMode::Encryption>(key) : makeEcb<typename EcbMode::Decryption>(key);
-    }
-    return nullptr;
 }
 
 } // namespace
+
+/// The cipher library checks the lengths and throws; the object is then as it was.
+template <class Cipher> bool EncryptorBase::initMode()
+{
+    using CbcMode = CryptoPP::CBC_Mode<Cipher>;
+    using EcbMode = CryptoPP::ECB_Mode<Cipher>;
+    StreamTransformation& stream = *m_transformation;
+    std::unique_ptr<CryptoPP::SymmetricCipher> mode;
+    std::unique_ptr<CryptoPP::BlockTransformation> parallelCipher;
+    if (m_type == Cbc && m_encrypt) {
+        mode = makeMode<typename CbcMode::Encryption>(stream.key, m_iv);
+        parallelCipher = std::make_unique<typename Cipher::Encryption>(stream.key.data(), stream.key.size());
+    } else if (m_type == Cbc) {
+        mode = makeMode<typename CbcMode::Decryption>(stream.key, m_iv);
+    } else if (m_type == Ecb && m_encrypt) {
+        mode = makeMode<typename EcbMode::Encryption>(stream.key, m_iv);
+    } else if (m_type == Ecb) {
+        mode = makeMode<typename EcbMode::Decryption>(stream.key, m_iv);
+    }
+    stream.filter.reset(); // it refers to the old mode
+    stream.mode = std::move(mode);
+    stream.parallelCipher = std::move(parallelCipher);
+    return EncryptorBase::init();
+}
+
+EncryptorBase* EncryptorBase::create(Algorithm algorithm, bool encrypt, Type type)
+{
+    switch (algorithm) {
+    case Des:
+        return new EncryptorDes(encrypt, type);
+    case Des112:
+        return new EncryptorDes112(encrypt, type);
+    case Des3:
+        return new EncryptorDes3(encrypt, type);
+    case Aes128:
+        return new EncryptorAes128(encrypt, type);
+    case Aes192:
+        return new EncryptorAes192(encrypt, type);
+    case Aes256:
+        return new EncryptorAes256(encrypt, type);
+    default:
+        return nullptr;
+    }
+}
 
 EncryptorDes::EncryptorDes(bool encrypt, Type type) : EncryptorBase(Des, encrypt, type)
 {
@@ -58,8 +80,7 @@ EncryptorDes::~EncryptorDes() = default;
 
 bool EncryptorDes::init()
 {
-    transformation().setMode(makeMode<CryptoPP::DES>(isEncrypting(), type(), key(), iv()));
-    return EncryptorBase::init();
+    return initMode<CryptoPP::DES>();
 }
 
 void EncryptorDes::generateIv()
@@ -76,8 +97,7 @@ EncryptorDes112::~EncryptorDes112() = default;
 
 bool EncryptorDes112::init()
 {
-    transformation().setMode(makeMode<CryptoPP::DES_EDE2>(isEncrypting(), type(), key(), iv()));
-    return EncryptorBase::init();
+    return initMode<CryptoPP::DES_EDE2>();
 }
 
 void EncryptorDes112::generateIv()
@@ -94,8 +114,7 @@ EncryptorDes3::~EncryptorDes3() = default;
 
 bool EncryptorDes3::init()
 {
-    transformation().setMode(makeMode<CryptoPP::DES_EDE3>(isEncrypting(), type(), key(), iv()));
-    return EncryptorBase::init();
+    return initMode<CryptoPP::DES_EDE3>();
 }
 
 void EncryptorDes3::generateIv()
@@ -112,8 +131,7 @@ EncryptorAes::~EncryptorAes() = default;
 
 bool EncryptorAes::init()
 {
-    transformation().setMode(makeMode<CryptoPP::AES>(isEncrypting(), type(), key(), iv()));
-    return EncryptorBase::init();
+    return initMode<CryptoPP::AES>();
 }
 
 void EncryptorAes::generateIv()

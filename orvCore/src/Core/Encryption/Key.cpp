@@ -7,6 +7,9 @@
 #include <cryptopp/secblock.h>
 #include <cryptopp/sha.h>
 
+#include <algorithm>
+#include <iterator>
+
 using CryptoPP::byte;
 using CryptoPP::SecByteBlock;
 
@@ -24,52 +27,49 @@ QByteArray toByteArray(const SecByteBlock& block)
     return QByteArray(reinterpret_cast<const char*>(block.data()), static_cast<int>(block.size()));
 }
 
-Algorithm aesOfLength(int keyLength)
+struct Row {
+    Algorithm algorithm;
+    const char* name;
+    unsigned short keyLength;
+    unsigned short ivLength;
+};
+
+constexpr char AesName[] = "AES";
+constexpr char TripleDesName[] = "TripleDES";
+
+constexpr Row Algorithms[] = {
+    {Des, "DES", EncryptorDes::KeyLength, EncryptorDes::IvLength},
+    {Des112, TripleDesName, EncryptorDes112::KeyLength, EncryptorDes112::IvLength},
+    {Des3, TripleDesName, EncryptorDes3::KeyLength, EncryptorDes3::IvLength},
+    {Aes128, AesName, EncryptorAes128::KeyLength, EncryptorAes::IvLength},
+    {Aes192, AesName, EncryptorAes192::KeyLength, EncryptorAes::IvLength},
+    {Aes256, AesName, EncryptorAes256::KeyLength, EncryptorAes::IvLength},
+};
+
+constexpr Row NoAlgorithm = {None, "NO", 0, 0};
+
+template <class Predicate> const Row& rowWith(Predicate predicate)
 {
-    switch (keyLength) {
-    case EncryptorAes128::KeyLength:
-        return Aes128;
-    case EncryptorAes192::KeyLength:
-        return Aes192;
-    case EncryptorAes256::KeyLength:
-        return Aes256;
-    default:
-        return None;
-    }
+    const auto* const row = std::find_if(std::begin(Algorithms), std::end(Algorithms), predicate);
+    return row == std::end(Algorithms) ? NoAlgorithm : *row;
+}
+
+const Row& rowOf(Algorithm algorithm)
+{
+    return rowWith([algorithm](const Row& row) { return row.algorithm == algorithm; });
 }
 
 } // namespace
 
 QString Key::name(Algorithm algorithm)
 {
-    switch (algorithm) {
-    case Des:
-        return QStringLiteral("DES");
-    case Des112:
-    case Des3:
-        return QStringLiteral("TripleDES");
-    case Aes128:
-    case Aes192:
-    case Aes256:
-        return QStringLiteral("AES");
-    default:
-        return QStringLiteral("NO");
-    }
+    return QString::fromLatin1(rowOf(algorithm).name);
 }
 
 Algorithm Key::algorithmFromName(const QString& name, int keyLength)
 {
-    if (name == Key::name(Aes256))
-        return aesOfLength(keyLength);
-    if (name == Key::name(Des))
-        return keyLength == EncryptorDes::KeyLength ? Des : None;
-    if (name == Key::name(Des3)) {
-        if (keyLength == EncryptorDes112::KeyLength)
-            return Des112;
-        if (keyLength == EncryptorDes3::KeyLength)
-            return Des3;
-    }
-    return None;
+    const auto matches = [&](const Row& row) { return name == QLatin1String(row.name) && keyLength == row.keyLength; };
+    return rowWith(matches).algorithm;
 }
 
 Algorithm Key::algorithmFromWindows(int windowsAlgorithm, int keyLength)
@@ -80,7 +80,7 @@ Algorithm Key::algorithmFromWindows(int windowsAlgorithm, int keyLength)
     case 2:
         return keyLength == EncryptorDes112::KeyLength ? Des112 : Des3;
     case 3:
-        return aesOfLength(keyLength);
+        return algorithmFromName(QLatin1String(AesName), keyLength);
     default:
         return None;
     }
@@ -88,40 +88,12 @@ Algorithm Key::algorithmFromWindows(int windowsAlgorithm, int keyLength)
 
 unsigned short Key::length(Algorithm algorithm)
 {
-    switch (algorithm) {
-    case Des:
-        return EncryptorDes::KeyLength;
-    case Des112:
-        return EncryptorDes112::KeyLength;
-    case Des3:
-        return EncryptorDes3::KeyLength;
-    case Aes128:
-        return EncryptorAes128::KeyLength;
-    case Aes192:
-        return EncryptorAes192::KeyLength;
-    case Aes256:
-        return EncryptorAes256::KeyLength;
-    default:
-        return 0;
-    }
+    return rowOf(algorithm).keyLength;
 }
 
 unsigned short Key::ivLength(Algorithm algorithm)
 {
-    switch (algorithm) {
-    case Des:
-        return EncryptorDes::IvLength;
-    case Des112:
-        return EncryptorDes112::IvLength;
-    case Des3:
-        return EncryptorDes3::IvLength;
-    case Aes128:
-    case Aes192:
-    case Aes256:
-        return EncryptorAes::IvLength;
-    default:
-        return 0;
-    }
+    return rowOf(algorithm).ivLength;
 }
 
 QByteArray Key::generate(Algorithm algorithm, const QByteArray& password, const QByteArray& salt, int iterations)

@@ -1,32 +1,28 @@
 #pragma once
 
-#include <cryptopp/aes.h>
+#include <cryptopp/cryptlib.h>
 #include <cryptopp/filters.h>
+#include <cryptopp/secblock.h>
 
-#include <array>
 #include <memory>
+#include <vector>
 
 namespace Orv::Core::Encryption {
 
-/// The cipher library's objects behind an encryptor: the keyed mode, and the padding filter around it.
+/// Bytes that are wiped when they are freed. A QByteArray cannot promise that: its copies share their memory.
+using SecretBytes = std::vector<CryptoPP::byte, CryptoPP::AllocatorWithCleanup<CryptoPP::byte>>;
+
+/// What an encryptor keeps of a stream, and the cipher library's objects that transform it.
 class StreamTransformation {
 public:
-    /// Replaces the mode, for a new stream. The filter refers to the old one and goes with it.
-    void setMode(std::unique_ptr<CryptoPP::StreamTransformation> newMode)
-    {
-        filter.reset();
-        mode = std::move(newMode);
-        held = 0;
-        ended = false;
-    }
+    SecretBytes key;
+    std::unique_ptr<CryptoPP::SymmetricCipher> mode;
+    std::unique_ptr<CryptoPP::StreamTransformationFilter> filter;  // adds or checks the padding; refers to the mode
+    std::unique_ptr<CryptoPP::BlockTransformation> parallelCipher; // for readTogether; null unless CBC encrypts
 
-    std::unique_ptr<CryptoPP::StreamTransformation> mode; // outlives the filter, being declared before it
-    std::unique_ptr<CryptoPP::StreamTransformationFilter> filter;
-
-    // Input that waits for more: less than a block, and while decrypting the last whole block too.
-    std::array<char, 2 * CryptoPP::AES::BLOCKSIZE> heldBytes{};
-    int held = 0;
-    bool ended = false; // the source's end was met: from then on, input passes through the filter
+    SecretBytes input;  // read and not yet transformed: less than two blocks between calls
+    SecretBytes output; // transformed and not yet returned: less than three blocks between calls
+    SecretBytes chunk;  // where one read of the source goes; never shrinks
 };
 
 } // namespace Orv::Core::Encryption
