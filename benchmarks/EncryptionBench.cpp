@@ -4,6 +4,7 @@
 #include <Orv/Core/Encryption/Key.h>
 
 #include <QBuffer>
+#include <QTemporaryFile>
 
 #include <cryptopp/aes.h>
 #include <cryptopp/des.h>
@@ -33,13 +34,18 @@ struct Subject {
     int portion; // bytes a call
     int size;    // bytes in all
     const char* openssl;
-    const char* qca; // none: not offered there
+    const char* qca;     // none: not offered there
+    int streams = 1;     // more: encrypted in the same calls, or one after the other
+    bool isFile = false; // else the source is a QBuffer
 };
 
 const Subject Subjects[] = {
     {"AES-256-CBC %1, 4 KiB a call", Aes256, Cbc, 4 * KiB, 8 * MiB, "AES-256-CBC", "aes256"},
     {"AES-256-CBC %1, 64 KiB a call", Aes256, Cbc, 64 * KiB, 16 * MiB, "AES-256-CBC", "aes256"},
     {"AES-256-CBC %1, 1 MiB a call", Aes256, Cbc, MiB, 16 * MiB, "AES-256-CBC", "aes256"},
+    {"AES-256-CBC %1, 4 streams, 64 KiB a call", Aes256, Cbc, 64 * KiB, 2 * MiB, "AES-256-CBC", nullptr, 4},
+    {"AES-256-CBC %1, 8 streams, 64 KiB a call", Aes256, Cbc, 64 * KiB, 2 * MiB, "AES-256-CBC", nullptr, 8},
+    {"AES-256-CBC %1, from a file, 64 KiB a call", Aes256, Cbc, 64 * KiB, 16 * MiB, "AES-256-CBC", nullptr, 1, true},
     {"AES-128-CBC %1, 64 KiB a call", Aes128, Cbc, 64 * KiB, 16 * MiB, "AES-128-CBC", "aes128"},
     {"AES-128-ECB %1, 64 KiB a call", Aes128, Ecb, 64 * KiB, 16 * MiB, "AES-128-ECB", "aes128"},
     {"AES-256-ECB %1, 64 KiB a call", Aes256, Ecb, 64 * KiB, 16 * MiB, "AES-256-ECB", "aes256"},
@@ -60,33 +66,62 @@ struct Job {
     int portionAt(int offset) const { return std::min(subject.portion, input.size() - offset); }
 };
 
-qint64 transform(const Job& job, std::vector<char>& room, QByteArray* output = nullptr)
+QSharedPointer<QIODevice> openSource(const Job& job)
 {
-    const std::unique_ptr<EncryptorBase> encryptor(
+    if (job.subject.isFile) {
+        const auto file = QSharedPointer<QTemporaryFile>::create();
+        file->open();
+        file->write(job.input);
+        file->close();
+        file->open();
+        return file;
+    }
+    const auto buffer = QSharedPointer<QBuffer>::create();
+    buffer->setData(job.input);
+    buffer->open(QIODevice::ReadOnly);
+    return buffer;
+}
+
+std::unique_ptr<EncryptorBase> makeEncryptor(const Job& job, const QSharedPointer<QIODevice>& source)
+{
+    std::unique_ptr<EncryptorBase> encryptor(
         EncryptorBase::create(job.subject.algorithm, job.encrypt, job.subject.type));
-    const auto source = QSharedPointer<QBuffer>::create();
-    source->setData(job.input);
-    source->open(QIODevice::ReadOnly);
     encryptor->setKey(job.key);
     encryptor->setIv(job.iv);
     encryptor->setSource(source);
     encryptor->init();
-    qint64 total = 0;
-    while (!encryptor->atEnd()) {
-        const qint64 size = encryptor->readData(room.data(), job.subject.portion);
-        total += size;
-        if (output)
-            output->append(room.data(), int(size));
-    }
-    return total;
+    return encryptor;
 }
 
 void runOrvCore(benchmark::State& state, const Job& job)
 {
     std::vector<char> room = job.room();
-    for (auto _ : state)
-        benchmark::DoNotOptimize(transform(job, room));
+    const QSharedPointer<QIODevice> source = openSource(job);
+    for (auto _ : state) {
+        source->seek(0);
+        const auto encryptor = makeEncryptor(job, source);
+        while (!encryptor->atEnd())
+            benchmark::DoNotOptimize(encryptor->readData(room.data(), job.subject.portion));
+    }
     state.SetBytesProcessed(state.iterations() * job.input.size());
+}
+
+void runTogether(benchmark::State& state, const Job& job)
+{
+    std::vector<std::vector<char>> rooms(size_t(job.subject.streams), job.room());
+    for (auto _ : state) {
+        std::vector<std::unique_ptr<EncryptorBase>> owners;
+        QVector<EncryptorBase*> encryptors;
+        QVector<char*> data;
+        for (std::vector<char>& room : rooms) {
+            owners.push_back(makeEncryptor(job, openSource(job)));
+            encryptors.append(owners.back().get());
+            data.append(room.data());
+        }
+        while (!encryptors.last()->atEnd())
+            benchmark::DoNotOptimize(EncryptorBase::readTogether(encryptors, data, job.subject.portion));
+    }
+    state.SetBytesProcessed(state.iterations() * job.input.size() * job.subject.streams);
 }
 
 const CryptoPP::byte* bytes(const QByteArray& array)
@@ -131,27 +166,28 @@ void runCryptoPP(benchmark::State& state, const Job& job)
 {
     std::vector<char> room = job.room();
     for (auto _ : state) {
-        const auto mode = makeMode(job);
-        for (int offset = 0; offset < job.input.size(); offset += job.subject.portion)
-            mode->ProcessData(reinterpret_cast<CryptoPP::byte*>(room.data()), bytes(job.input) + offset,
-                size_t(job.portionAt(offset)));
+        for (int stream = 0; stream < job.subject.streams; ++stream) {
+            const auto mode = makeMode(job);
+            for (int offset = 0; offset < job.input.size(); offset += job.subject.portion)
+                mode->ProcessData(reinterpret_cast<CryptoPP::byte*>(room.data()), bytes(job.input) + offset,
+                    size_t(job.portionAt(offset)));
+        }
         benchmark::ClobberMemory();
     }
-    state.SetBytesProcessed(state.iterations() * job.input.size());
+    state.SetBytesProcessed(state.iterations() * job.input.size() * job.subject.streams);
 }
 
 /// As above, but for the source: what the cipher costs when its input has to be read first.
-void runCryptoPPFromBuffer(benchmark::State& state, const Job& job)
+void runCryptoPPFromSource(benchmark::State& state, const Job& job)
 {
     std::vector<char> read(size_t(job.subject.portion));
     std::vector<char> room = job.room();
+    const QSharedPointer<QIODevice> source = openSource(job);
     for (auto _ : state) {
         const auto mode = makeMode(job);
-        QBuffer source;
-        source.setData(job.input);
-        source.open(QIODevice::ReadOnly);
-        while (!source.atEnd()) {
-            const qint64 size = source.read(read.data(), job.subject.portion);
+        source->seek(0);
+        while (!source->atEnd()) {
+            const qint64 size = source->read(read.data(), job.subject.portion);
             mode->ProcessData(reinterpret_cast<CryptoPP::byte*>(room.data()),
                 reinterpret_cast<const CryptoPP::byte*>(read.data()), size_t(size));
         }
@@ -172,15 +208,17 @@ void runOpenSsl(benchmark::State& state, const Job& job)
         EVP_CIPHER_CTX_new(), EVP_CIPHER_CTX_free);
     std::vector<char> room = job.room();
     for (auto _ : state) {
-        EVP_CipherInit_ex2(context.get(), cipher.get(), bytes(job.key), bytes(job.iv), job.encrypt, nullptr);
-        auto* const output = reinterpret_cast<unsigned char*>(room.data());
-        int size = 0;
-        for (int offset = 0; offset < job.input.size(); offset += job.subject.portion)
-            EVP_CipherUpdate(context.get(), output, &size, bytes(job.input) + offset, job.portionAt(offset));
-        if (EVP_CipherFinal_ex(context.get(), output, &size) != 1)
-            state.SkipWithError("wrong result");
+        for (int stream = 0; stream < job.subject.streams; ++stream) {
+            EVP_CipherInit_ex2(context.get(), cipher.get(), bytes(job.key), bytes(job.iv), job.encrypt, nullptr);
+            auto* const output = reinterpret_cast<unsigned char*>(room.data());
+            int size = 0;
+            for (int offset = 0; offset < job.input.size(); offset += job.subject.portion)
+                EVP_CipherUpdate(context.get(), output, &size, bytes(job.input) + offset, job.portionAt(offset));
+            if (EVP_CipherFinal_ex(context.get(), output, &size) != 1)
+                state.SkipWithError("wrong result");
+        }
     }
-    state.SetBytesProcessed(state.iterations() * job.input.size());
+    state.SetBytesProcessed(state.iterations() * job.input.size() * job.subject.streams);
 }
 
 #ifdef ORV_BENCH_QCA
@@ -213,10 +251,10 @@ Job makeJob(const Subject& subject, bool encrypt)
     Job job{subject, true, key, iv, QByteArray(subject.size, 'x')};
     if (encrypt)
         return job;
-    QByteArray sealed;
-    std::vector<char> room = job.room();
-    transform(job, room, &sealed);
-    return {subject, false, key, iv, sealed};
+    QBuffer sealed;
+    sealed.open(QIODevice::WriteOnly);
+    makeEncryptor(job, openSource(job))->writeTo(sealed);
+    return {subject, false, key, iv, sealed.data()};
 }
 
 void addRows(const Subject& subject, bool encrypt)
@@ -232,13 +270,18 @@ void addRows(const Subject& subject, bool encrypt)
             jobs.emplace(key, makeJob(subject, encrypt));
         return jobs.at(key);
     };
-    addRow(name, "orvCore", [job](benchmark::State& state) { runOrvCore(state, job()); });
-    addRow(name, "Crypto++", [job](benchmark::State& state) { runCryptoPP(state, job()); });
-    addRow(name, "Crypto++ from a QBuffer", [job](benchmark::State& state) { runCryptoPPFromBuffer(state, job()); });
-    addRow(name, "OpenSSL", [job](benchmark::State& state) { runOpenSsl(state, job()); });
+    const bool isAlone = subject.streams == 1;
+    const auto addVariant = [&](const char* variant, void (*run)(benchmark::State&, const Job&)) {
+        addRow(name, variant, [job, run](benchmark::State& state) { run(state, job()); });
+    };
+    addVariant("orvCore", isAlone ? runOrvCore : runTogether);
+    addVariant("Crypto++", runCryptoPP);
+    if (isAlone)
+        addVariant("Crypto++ from the source", runCryptoPPFromSource);
+    addVariant("OpenSSL", runOpenSsl);
 #ifdef ORV_BENCH_QCA
     if (subject.qca)
-        addRow(name, "QCA", [job](benchmark::State& state) { runQca(state, job()); });
+        addVariant("QCA", runQca);
 #endif
 }
 
@@ -289,7 +332,8 @@ void addEncryptionRows()
 #endif
     for (const Subject& subject : Subjects) {
         addRows(subject, true);
-        addRows(subject, false);
+        if (subject.streams == 1)
+            addRows(subject, false);
     }
     for (const qint64 size : {1, 16, 256, 4096})
         addRow("growth: readData of " + std::to_string(size) + " MiB", "orvCore",

@@ -2,12 +2,7 @@
 
 #include "Work.h"
 
-#include <Orv/Core/Encryption/EncryptorBase.h>
 #include <Orv/Core/Encryption/Key.h>
-
-#include <QFileDevice>
-
-#include <memory>
 
 using namespace Orv::Core::Encryption;
 using Orv::Exception::Base;
@@ -16,15 +11,7 @@ namespace orvseal {
 
 namespace {
 
-constexpr int PortionSize = 256 * 1024; // bytes; several jobs have one each
-
-/// Throws if the source has failed, which can look like its end.
-void requireRead(const QIODevice& source)
-{
-    const auto* file = qobject_cast<const QFileDevice*>(&source);
-    if (file && file->error() != QFileDevice::NoError)
-        throw Base(file->errorString());
-}
+constexpr int ChunkSize = 256 * 1024; // bytes; several jobs have one each
 
 } // namespace
 
@@ -43,27 +30,37 @@ qint64 Cipher::sealedSize(qint64 plainSize) const
     return (plainSize / blockSize + 1) * blockSize;
 }
 
-void Cipher::run(
-    Direction direction, const QByteArray& iv, const QSharedPointer<QIODevice>& source, const Sink& sink) const
+std::unique_ptr<EncryptorBase> Cipher::makeEncryptor(
+    Direction direction, const QByteArray& iv, const QSharedPointer<QIODevice>& source) const
 {
-    const std::unique_ptr<EncryptorBase> encryptor(EncryptorBase::create(m_algorithm, direction == Encrypt, Cbc));
+    std::unique_ptr<EncryptorBase> encryptor(EncryptorBase::create(m_algorithm, direction == Encrypt, Cbc));
     encryptor->setKey(m_key);
     encryptor->setIv(iv);
     encryptor->setSource(source);
     encryptor->init();
+    return encryptor;
+}
 
-    QByteArray portion(PortionSize, Qt::Uninitialized);
+void Cipher::run(
+    Direction direction, const QByteArray& iv, const QSharedPointer<QIODevice>& source, const Sink& sink) const
+{
+    const std::unique_ptr<EncryptorBase> encryptor = makeEncryptor(direction, iv, source);
+    QByteArray chunk(ChunkSize, Qt::Uninitialized);
     while (!encryptor->atEnd()) {
         stopIfInterrupted();
-        const qint64 size = encryptor->readData(portion.data(), portion.size());
-        // Files give all they are asked for until they end: no bytes before the end are a failure, not a pause.
-        if (size == 0 && !encryptor->atEnd()) {
-            requireRead(*source);
-            throw Base(QStringLiteral("it became shorter while it was read"));
-        }
-        sink(portion.constData(), size);
+        const qint64 size = encryptor->readData(chunk.data(), chunk.size());
+        requireRead(*encryptor, *source, size);
+        sink(chunk.constData(), size);
     }
-    requireRead(*source);
+}
+
+void requireRead(const EncryptorBase& encryptor, const QIODevice& source, qint64 size)
+{
+    if (encryptor.sourceFailed())
+        throw Base(source.errorString());
+    // Files give all they are asked for until they end: no bytes before the end are no pause.
+    if (size == 0 && !encryptor.atEnd())
+        throw Base(QStringLiteral("it became shorter while it was read"));
 }
 
 } // namespace orvseal

@@ -146,10 +146,8 @@ void setModified(const QString& path, qint64 modified)
 qint64 HashingFile::readData(char* data, qint64 maxSize)
 {
     const qint64 size = QFile::readData(data, maxSize);
-    if (size > 0) {
+    if (size > 0)
         m_hash.addData(data, size);
-        m_count += size;
-    }
     return size;
 }
 

@@ -44,12 +44,11 @@ void setPermissions(const QString& path, int permissions);
 /// The modification time in ms since 1970, UTC; also of a link itself. Throws if it cannot.
 void setModified(const QString& path, qint64 modified);
 
-/// Hashes and counts what is read from it, so that a file is read only once.
+/// Hashes what is read from it, so that a file is read only once.
 class HashingFile : public QFile {
 public:
     using QFile::QFile;
 
-    qint64 count() const { return m_count; }
     /// Nothing can be read afterwards.
     QByteArray finishHash() { return m_hash.finish(); }
 
@@ -58,7 +57,6 @@ protected:
 
 private:
     TreeHash m_hash;
-    qint64 m_count = 0;
 };
 
 /// A file that did not exist before, and is gone again unless it is kept. What it throws is `CannotGoOn`: its place and

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 
+using Orv::Core::Encryption::EncryptorBase;
 using Orv::Core::Encryption::Key;
 using Orv::Core::FS::FileInfo;
 using Orv::Exception::Base;
@@ -20,6 +21,8 @@ namespace fs = std::filesystem;
 namespace orvseal {
 
 namespace {
+
+constexpr std::size_t LargestGroup = 8; // files; the library encrypts as many at a time
 
 QString sealedName(std::size_t number)
 {
@@ -163,34 +166,106 @@ private:
     bool m_finished = false;
 };
 
-/// Seals one file and completes its entry.
-void sealFile(const QString& sourcePath, const QString& vault, const Cipher& cipher, Entry& entry, Report& report)
-{
-    const auto source = QSharedPointer<HashingFile>::create(sourcePath);
-    const FileState before = openToRead(*source, QString()); // what the scan saw may be long ago
-    const auto requireUnchanged = [](bool unchanged) {
+/// One file on its way into the vault.
+class SealedFile {
+public:
+    static constexpr int ChunkSize = 64 * 1024; // bytes; the chunks of a group fit into the processor's cache
+
+    SealedFile(const QString& sourcePath, const QString& vault, const Cipher& cipher, Entry& entry)
+        : m_entry(entry), m_source(QSharedPointer<HashingFile>::create(sourcePath)),
+          m_before(openToRead(*m_source, QString())), // what the scan saw may be long ago
+          m_sealed(sealedPath(vault, entry)), m_iv(cipher.randomIv()),
+          m_encryptor(cipher.makeEncryptor(Cipher::Encrypt, m_iv, m_source)), m_chunk(ChunkSize, Qt::Uninitialized)
+    {
+    }
+
+    const QString& path() const { return m_entry.path; }
+    EncryptorBase* encryptor() { return m_encryptor.get(); }
+    char* chunk() { return m_chunk.data(); }
+
+    /// Writes the first `size` bytes of the chunk, which the encryptor gave. Returns whether there is more to come, and
+    /// if not, completes the entry.
+    bool store(qint64 size, Report& report)
+    {
+        requireRead(*m_encryptor, *m_source, size);
+        requireUnchanged(m_encryptor->bytesRead() <= m_before.size); // or it might go on growing for ever
+        m_sealed.write(m_chunk.constData(), size);
+        report.advance(m_encryptor->bytesRead() - m_reported);
+        m_reported = m_encryptor->bytesRead();
+        if (!m_encryptor->atEnd())
+            return true;
+        m_sealed.close();
+        requireUnchanged(m_encryptor->bytesRead() == m_before.size && stateOf(*m_source).isSameContent(m_before));
+        m_sealed.keep();
+        m_entry.size = m_before.size;
+        m_entry.modified = m_before.modified;
+        m_entry.iv = m_iv;
+        m_entry.treeHash = m_source->finishHash();
+        report.fileDone();
+        return false;
+    }
+
+private:
+    static void requireUnchanged(bool unchanged)
+    {
         if (!unchanged)
             throw Base(QStringLiteral("changed while it was read"));
-    };
+    }
 
-    NewFile sealed(sealedPath(vault, entry));
-    const QByteArray iv = cipher.randomIv();
-    qint64 reported = 0;
-    cipher.run(Cipher::Encrypt, iv, source, [&](const char* data, qint64 size) {
-        requireUnchanged(source->count() <= before.size); // or it might go on growing for ever
-        sealed.write(data, size);
-        report.advance(source->count() - reported);
-        reported = source->count();
-    });
-    sealed.close();
-    requireUnchanged(source->count() == before.size && stateOf(*source).isSameContent(before));
-    sealed.keep();
+    Entry& m_entry;
+    const QSharedPointer<HashingFile> m_source;
+    const FileState m_before;
+    NewFile m_sealed;
+    const QByteArray m_iv;
+    const std::unique_ptr<EncryptorBase> m_encryptor;
+    QByteArray m_chunk;
+    qint64 m_reported = 0;
+};
 
-    entry.size = before.size;
-    entry.modified = before.modified;
-    entry.iv = iv;
-    entry.treeHash = source->finishHash();
-    report.fileDone();
+/// Seals files together, which takes a third of the processor's time that it takes one after the other.
+void sealGroup(
+    const std::vector<Entry*>& group, const QString& source, const QString& vault, const Cipher& cipher, Report& report)
+{
+    std::vector<std::unique_ptr<SealedFile>> files;
+    for (Entry* entry : group) {
+        report.attempt(entry->path,
+            [&] { files.push_back(std::make_unique<SealedFile>(source + '/' + entry->path, vault, cipher, *entry)); });
+    }
+    while (!files.empty()) {
+        QVector<EncryptorBase*> encryptors;
+        QVector<char*> chunks;
+        for (const auto& file : files) {
+            encryptors.append(file->encryptor());
+            chunks.append(file->chunk());
+        }
+        const QVector<qint64> sizes = EncryptorBase::readTogether(encryptors, chunks, SealedFile::ChunkSize);
+        std::size_t going = 0;
+        for (std::size_t i = 0; i < files.size(); ++i) {
+            bool isGoing = false; // not after a failure either
+            report.attempt(files[i]->path(), [&] { isGoing = files[i]->store(sizes[int(i)], report); });
+            if (isGoing)
+                std::swap(files[going++], files[i]);
+        }
+        files.resize(going);
+    }
+}
+
+/// Groups of files that are sealed together, the largest first: as many as advance together, but no more than the share
+/// of one job.
+std::vector<std::vector<Entry*>> groupsOf(std::vector<Entry*> files, qint64 bytes, int jobs)
+{
+    std::sort(files.begin(), files.end(), [](const Entry* a, const Entry* b) { return a->size > b->size; });
+    std::vector<std::vector<Entry*>> groups;
+    qint64 groupBytes = 0;
+    for (Entry* file : files) {
+        if (groups.empty() || groups.back().size() == LargestGroup || groupBytes + file->size > bytes / jobs) {
+            groups.emplace_back();
+            groupBytes = 0;
+        }
+        groups.back().push_back(file);
+        groupBytes += file->size;
+    }
+    return groups;
 }
 
 /// Numbers the files, for the names of their sealed ones, and lists them.
@@ -234,11 +309,9 @@ void sealFolder(const QString& source, const QString& vault, const Options& opti
     head.manifestIv = Key::random(Key::ivLength(options.algorithm));
     const Cipher cipher = makeCipher(head, password);
     newVault.begin(head, files);
-    const auto sealOne = [&](std::size_t index) {
-        Entry& entry = *files[index];
-        report.attempt(entry.path, [&] { sealFile(source + '/' + entry.path, vault, cipher, entry, report); });
-    };
-    forEachIndex(files.size(), options.jobs, sealOne, [&report] { report.show(); });
+    const auto groups = groupsOf(files, bytes, options.jobs);
+    const auto sealOne = [&](std::size_t index) { sealGroup(groups[index], source, vault, cipher, report); };
+    forEachIndex(groups.size(), options.jobs, sealOne, [&report] { report.show(); });
 
     entries.erase(std::remove_if(entries.begin(), entries.end(), isUnsealedFile), entries.end());
     newVault.finish(head, cipher, entries);

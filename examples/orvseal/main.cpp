@@ -2,6 +2,7 @@
 #include "Console.h"
 #include "Work.h"
 
+#include <Orv/Core/Encryption/Key.h>
 #include <Orv/Core/Version.h>
 #include <Orv/Log/LogManager.h>
 #include <Orv/Log/OrvDebug.h>
@@ -9,11 +10,12 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
+#include <QMap>
+#include <QMetaEnum>
 #include <QTextCodec>
 #include <QThread>
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
@@ -46,35 +48,30 @@ Exit status: 0, all done; 1, some entries could not be done or were skipped, eac
 or the disk is full, or standard output takes no more; 129, 130 or 143, interrupted by SIGHUP, SIGINT or SIGTERM. Where
 it is 2 or more, no half-made vault is left by "seal", and only complete files by "open".)";
 
-struct AlgorithmName {
-    const char* name;
-    Algorithm algorithm;
-};
-
-constexpr std::array<AlgorithmName, 6> AlgorithmNames = {{
-    {"aes128", Aes128},
-    {"aes192", Aes192},
-    {"aes256", Aes256},
-    {"des", Des},
-    {"des112", Des112},
-    {"des3", Des3},
-}};
+/// The library's algorithms that have a key, by their names in lower case.
+QMap<QString, Algorithm> algorithms()
+{
+    QMap<QString, Algorithm> byName;
+    const QMetaEnum all = QMetaEnum::fromType<Algorithm>();
+    for (int i = 0; i < all.keyCount(); ++i) {
+        const auto algorithm = static_cast<Algorithm>(all.value(i));
+        if (Key::length(algorithm) > 0)
+            byName.insert(QString::fromLatin1(all.key(i)).toLower(), algorithm);
+    }
+    return byName;
+}
 
 QString validAlgorithms()
 {
-    QStringList names;
-    for (const AlgorithmName& row : AlgorithmNames)
-        names += row.name;
-    return names.join(QStringLiteral(", "));
+    return QStringList(algorithms().keys()).join(QStringLiteral(", "));
 }
 
 Algorithm algorithmOf(const QString& name)
 {
-    const auto row = std::find_if(AlgorithmNames.begin(), AlgorithmNames.end(),
-        [&name](const AlgorithmName& candidate) { return name == QLatin1String(candidate.name); });
-    if (row == AlgorithmNames.end())
+    const Algorithm algorithm = algorithms().value(name, None);
+    if (algorithm == None)
         throw Base(QStringLiteral("there is no algorithm \"%1\"; there are %2").arg(name, validAlgorithms()));
-    return row->algorithm;
+    return algorithm;
 }
 
 int jobsOf(const QString& text)
