@@ -4,7 +4,10 @@
 #include "ScopedTimeZone.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFileInfo>
+
+#include <sys/stat.h>
 
 using Orv::Core::FS::FileInfo;
 
@@ -46,6 +49,43 @@ void expectNothing(const FileInfo& info, const QString& path)
 }
 
 } // namespace
+
+TEST_F(FileInfoTest, AnswersAsQFileInfoDoes)
+{
+    const auto answersOf = [](const auto& info, const QDateTime& birthTime) {
+        return std::make_tuple(info.absoluteFilePath(), info.isDir(), info.isFile(), info.size(),
+            info.lastModified().toUTC(), info.lastModified().isNull(), birthTime, info.permissions());
+    };
+    const auto isSame = [&](const QString& path) {
+        const FileInfo info(path);
+        const QFileInfo qt(path);
+        if (!qt.exists() && !qt.isSymLink())
+            return info.absoluteFilePath().isEmpty();
+        QT_WARNING_PUSH
+        QT_WARNING_DISABLE_DEPRECATED
+        const QDateTime birthTime = qt.created().toUTC();
+        QT_WARNING_POP
+        return answersOf(info, info.birthTime()) == answersOf(qt, birthTime);
+    };
+    ASSERT_TRUE(QFile::link(placeOf("missing"), placeOf("dangling")) && QFile::link("/", placeOf("root")));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(placeOf("pipe")).constData(), 0644), 0);
+    QStringList paths = {"", ".", "..", "//", "/tmp/", "/usr//bin/../lib", "/etc/passwd/", ":/resource", "x:y",
+        "/etc/passwd" + QString(QChar(0)), placeOf("root/"), placeOf("dangling/")};
+    const QDir::Filters all = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+    for (const QString& top : {m_folder.path(), QString("/etc"), QString("/dev"), QString("/proc/self"),
+             QString("/root"), QString("/sys/class"), QString("/usr/bin"), QString("/usr/lib")}) {
+        QDirIterator item(top, all, QDirIterator::Subdirectories);
+        for (int i = 0; i < 2000 && item.hasNext(); ++i)
+            paths += item.next();
+    }
+    int compared = 0;
+    for (const QString& path : qAsConst(paths)) {
+        // Others may change an entry between the two questions, but hardly each time.
+        EXPECT_TRUE(isSame(path) || isSame(path) || isSame(path)) << qPrintable(path);
+        ++compared;
+    }
+    EXPECT_GT(compared, 1000);
+}
 
 TEST_F(FileInfoTest, Snapshot)
 {
