@@ -133,6 +133,8 @@ TEST_F(PackageArchive, BoundedMemoryAndTime)
         {"a table of the largest size", OPENED, filled("<file id='2'/>")},
         {"elements with many attributes", OPENED, filled("<a" + numbered("a", 0, 90) + "/>")},
         {"one with more", NOT_OPENED, withTable(tableOf("<a" + numbered("a", 0, 400000) + "/>"))},
+        {"one with more, and angle brackets", NOT_OPENED,
+            withTable(tableOf("<a" + numbered("a", 0, 300000).replace("''", "'>'") + "/>"))},
         {"many prefixes", OPENED, filled("<a/>", prefixes, QByteArray("</a>").repeated(900))},
         {"elements in elements", NOT_OPENED, filled("<a>")},
         {"a long text", OPENED, filled("x")},

@@ -21,8 +21,8 @@ struct XarArchive {
 
     QByteArray bytes() const
     {
-        static const QCryptographicHash::Algorithm algorithms[] = {
-            QCryptographicHash::Sha1, QCryptographicHash::Sha1, QCryptographicHash::Md5, QCryptographicHash::Sha256};
+        static const QCryptographicHash::Algorithm algorithms[] = {QCryptographicHash::Sha1, QCryptographicHash::Sha1,
+            QCryptographicHash::Md5, QCryptographicHash::Sha256, QCryptographicHash::Sha512};
         const QByteArray body = compressed.value_or(qCompress(table).mid(4)); // a plain zlib stream behind a length
         const quint64 algorithm = header.value("algorithm", 1);
         QByteArray result;
@@ -32,7 +32,7 @@ struct XarArchive {
                << static_cast<quint16>(header.value("version", 1)) << header.value("compressed", body.size())
                << header.value("table", table.size()) << static_cast<quint32>(algorithm);
         return result + afterHeader + body + heapStart +
-            checksum.value_or(QCryptographicHash::hash(body, algorithms[std::min<quint64>(algorithm, 3)]));
+            checksum.value_or(QCryptographicHash::hash(body, algorithms[std::min<quint64>(algorithm, 4)]));
     }
 };
 

@@ -33,6 +33,8 @@ constexpr quint64 LargestTable = 4 << 20;
 constexpr int GreatestDepth = 1000;
 constexpr int MostAttributes = 100; // of an element: the XML reader compares each with every other one
 
+const QLatin1String SignaturePath("/xar/toc/signature");
+
 /// The checksum's name for "no checksum".
 const QString NoChecksum = QStringLiteral("none");
 
@@ -99,8 +101,12 @@ std::optional<QString> checksumName(ArchiveFile& file, quint32 algorithm, quint1
         return QStringLiteral("sha1");
     case 2:
         return QStringLiteral("md5");
-    case 3:
+    case 3: // of old with the name behind the header, today SHA-256 without one
+        if (headerSize == HeaderSize)
+            return QStringLiteral("sha256");
         break;
+    case 4:
+        return QStringLiteral("sha512");
     default:
         return std::nullopt;
     }
@@ -151,17 +157,39 @@ struct Contents {
     QStringList certificates; // of the first signature, Base64 with line breaks
 };
 
-/// An attribute has an equals sign, and no "<" stands inside a tag.
+/// Counts the equals signs in each tag, outside quotation marks. No "<" stands inside a tag.
 bool mayHaveTooManyAttributes(const QString& xml)
 {
+    bool isInTag = false;
+    QChar quote; // null outside quotation marks
     int signs = 0;
     for (const QChar character : xml) {
-        if (character == QLatin1Char('<'))
+        if (character == QLatin1Char('<')) {
+            isInTag = true;
+            quote = QChar();
             signs = 0;
-        else if (character == QLatin1Char('=') && ++signs > MostAttributes)
+        } else if (!isInTag) {
+            continue;
+        } else if (!quote.isNull()) {
+            if (character == quote)
+                quote = QChar();
+        } else if (character == QLatin1Char('"') || character == QLatin1Char('\'')) {
+            quote = character;
+        } else if (character == QLatin1Char('>')) {
+            isInTag = false;
+        } else if (character == QLatin1Char('=') && ++signs > MostAttributes) {
             return true;
+        }
     }
     return false;
+}
+
+/// The name of the current element, without the prefix inside a signature: there, the elements have a namespace of
+/// their own, whose prefix archivers are free to choose.
+QString nameOf(const QXmlStreamReader& xml, const QString& parentPath)
+{
+    const QString name = xml.qualifiedName().toString();
+    return parentPath.startsWith(SignaturePath) ? name.mid(name.indexOf(QLatin1Char(':')) + 1) : name;
 }
 
 /// Takes what `Contents` wants of an element that has just begun.
@@ -170,10 +198,10 @@ void take(QXmlStreamReader& xml, const QString& path, Contents& contents)
     if (path == QLatin1String("/xar/toc/checksum"))
         contents.checksum = xml.attributes().value(QLatin1String("style")).toString().toLower();
     else if (path == QLatin1String("/xar/toc/checksum/offset"))
-        contents.checksumOffset = xml.readElementText();
+        contents.checksumOffset = xml.readElementText().trimmed();
     else if (path == QLatin1String("/xar/toc/checksum/size"))
-        contents.checksumSize = xml.readElementText();
-    else if (path == QLatin1String("/xar/toc/signature"))
+        contents.checksumSize = xml.readElementText().trimmed();
+    else if (path == SignaturePath)
         ++contents.signatures;
     else if (contents.signatures == 1 && path == QLatin1String("/xar/toc/signature/KeyInfo/X509Data/X509Certificate"))
         contents.certificates += xml.readElementText();
@@ -194,12 +222,12 @@ std::optional<Contents> parseTable(const QString& table)
         if (xml.isStartElement()) {
             if (++depth > GreatestDepth)
                 return std::nullopt;
-            path += QLatin1Char('/') + xml.qualifiedName();
+            path += QLatin1Char('/') + nameOf(xml, path);
             take(xml, path, contents);
         }
         if (xml.isEndElement()) {
             --depth;
-            path.chop(xml.qualifiedName().size() + 1);
+            path.truncate(path.lastIndexOf(QLatin1Char('/')));
         }
     }
     return xml.hasError() ? std::nullopt : std::optional(contents);
@@ -236,7 +264,11 @@ std::optional<Contents> readContents(ArchiveFile& file)
     const auto table = inflate(*compressed, header->tableSize);
     if (!table)
         return std::nullopt;
-    const auto contents = parseTable(QString::fromUtf8(table->constData(), table->size()));
+    const QString text = QString::fromUtf8(*table);
+    const QByteArray byteOrderMark = QByteArrayLiteral("\xEF\xBB\xBF"); // which the conversion drops
+    if (text.toUtf8() != *table && byteOrderMark + text.toUtf8() != *table)
+        return std::nullopt; // not UTF-8
+    const auto contents = parseTable(text);
     if (!contents || !isChecksumRight(file, *header, *contents, *compressed))
         return std::nullopt;
     return contents;
