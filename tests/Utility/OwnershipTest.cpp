@@ -9,6 +9,7 @@
 #include <cstring>
 
 using Orv::Utility::changeOwnershipForPath;
+using Orv::Utility::LinkPolicy;
 
 namespace {
 
@@ -78,9 +79,35 @@ TEST_F(OwnershipTest, OneOwnerUpToTheRoot)
     EXPECT_EQ(logged.take(), QStringList(firstLine));
 }
 
+TEST_F(OwnershipTest, LinksAreRefused)
+{
+    const QString victim = placeOf("victim"), victimFile = victim + "/file";
+    ASSERT_TRUE(QDir().mkpath(victim) && QFile(victimFile).open(QIODevice::WriteOnly));
+    ASSERT_TRUE(QFile::link(victim, top + "/folder-link") && QFile::link(victimFile, top + "/file-link"));
+    const QString places[] = {top + "/folder-link/file", top + "/folder-link", top + "/file-link",
+        top + "/folder-link/../upper", lower + "/../lower", lower + "/missing", file + "/below", QString()};
+    for (const QString& place : places) {
+        EXPECT_FALSE(changeOwnershipForPath(place, LinkPolicy::Refuse)) << qPrintable(place);
+        EXPECT_EQ(logged.take().filter("warning: Error on change owner for path: ").size(), 1) << qPrintable(place);
+        for (const QString& path : {victim, victimFile, upper, lower, file})
+            EXPECT_EQ(ownersOf(path), qMakePair(0u, 0u)) << qPrintable(place + " changed " + path);
+    }
+    ASSERT_TRUE(changeOwnershipForPath(top + "/folder-link/file", LinkPolicy::Follow)) << "as ever";
+    EXPECT_EQ(ownersOf(victim), qMakePair(Owner, Group));
+
+    logged.take();
+    EXPECT_TRUE(changeOwnershipForPath(file, LinkPolicy::Refuse));
+    for (const QString& path : {upper, lower, file})
+        EXPECT_EQ(ownersOf(path), qMakePair(Owner, Group)) << qPrintable(path);
+    EXPECT_EQ(logged.take(),
+        QStringList(
+            {firstLine, changeLine(file, "full path"), changeLine(upper), changeLine(lower), changeLine(file)}));
+}
+
 TEST_F(OwnershipTest, PathWithAZero)
 {
     EXPECT_FALSE(changeOwnershipForPath(file + QChar(0)));
+    EXPECT_FALSE(changeOwnershipForPath(file + QChar(0), LinkPolicy::Refuse));
     EXPECT_EQ(ownersOf(file), qMakePair(0u, 0u)) << "which is not what was named";
 }
 

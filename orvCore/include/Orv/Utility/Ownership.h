@@ -13,6 +13,20 @@ namespace Orv::Utility {
 /// another owner, nothing is changed. Every step is logged as debug. Needs the right to change owners.
 ///
 /// Returns false at the first change that fails, with a warning logged: what lies below is then left as it was.
+///
+/// @warning Privileged callers: use the overload with `LinkPolicy::Refuse` wherever others can write to a folder on the
+/// way. With `restored -> ../etc` in a user's folder, this function gives that user the folder "etc".
 ORV_EXPORT bool changeOwnershipForPath(const QString& path);
+
+/// What to do about symbolic links in a path.
+enum class LinkPolicy : qint32 {
+    Follow = 0, ///< as the system does
+    Refuse = 1, ///< fail if the path or a folder above it is a link
+};
+
+/// The same with a policy. With `LinkPolicy::Refuse`, each name is opened in the folder before it, so that nobody can
+/// put a link in place meanwhile. A link, a "..", or a folder that cannot be opened for reading makes it return false,
+/// with a warning logged and nothing changed.
+ORV_EXPORT bool changeOwnershipForPath(const QString& path, LinkPolicy policy);
 
 } // namespace Orv::Utility
