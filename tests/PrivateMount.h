@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFile>
 #include <QString>
 #include <QTemporaryDir>
 
@@ -15,6 +16,9 @@ public:
     /// Why it could not be mounted; null if it was.
     QString reason() const { return m_reason; }
     QString path() const { return m_path; }
+
+    /// Gives a file an attribute of 600 bytes. False where there are none.
+    static bool addLargeAttribute(const QFile& file);
 
 private:
     QTemporaryDir m_folder;

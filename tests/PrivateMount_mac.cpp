@@ -5,3 +5,8 @@ PrivateMount::PrivateMount(qint64, const char*) : m_reason(QStringLiteral("no pr
 }
 
 PrivateMount::~PrivateMount() = default;
+
+bool PrivateMount::addLargeAttribute(const QFile&)
+{
+    return false;
+}

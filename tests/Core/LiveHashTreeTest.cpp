@@ -66,6 +66,29 @@ TEST(LiveHashTree, WorkedExample)
     EXPECT_EQ(tree.getFinalHash(), md5(P + E));
 }
 
+TEST(LiveHashTree, ContinuesFromAState)
+{
+    MD5LiveHashTree whole;
+    MD5LiveHashTree continued;
+    for (int i = 0; i < 70; ++i) {
+        continued.setCurrentState(whole.getCurrentState());
+        for (LiveHashTree* const tree : {static_cast<LiveHashTree*>(&whole), static_cast<LiveHashTree*>(&continued)})
+            tree->addNextHash(leaf(i));
+        ASSERT_EQ(continued.getCurrentState(), whole.getCurrentState()) << i;
+    }
+    const auto state = whole.getCurrentState();
+    whole.finish();
+    using State = decltype(state);
+    for (const State& wrong : {State{{1, "a"}, {1, "b"}}, State{{0, "a"}, {1, "b"}}, State{{0, "a"}, {-1, "b"}}}) {
+        EXPECT_THROW(continued.setCurrentState(wrong), Orv::Exception::Base) << wrong[1].first;
+        EXPECT_EQ(continued.getCurrentState(), state) << "unchanged";
+    }
+    continued.finish();
+    EXPECT_EQ(continued.getFinalHash(), whole.getFinalHash());
+    continued.setCurrentState({});
+    EXPECT_FALSE(continued.finished());
+}
+
 TEST(LiveHashTree, Misuse)
 {
     MD5LiveHashTree tree;

@@ -52,6 +52,17 @@ TEST_P(PreallocateTest, ReservesBehindThePhysicalEnd)
     EXPECT_EQ(logged.take(), QStringList());
 }
 
+TEST_P(PreallocateTest, ReservesWhatIsWritten)
+{
+    // An attribute that takes a block of its own, as an ACL may, is no part of the file's room.
+    if (!PrivateMount::addLargeAttribute(m_file))
+        GTEST_SKIP() << "no attributes here";
+    ASSERT_TRUE(preallocateFile(m_file.handle(), MiB));
+    const quint64 before = reservedBytes(m_file);
+    ASSERT_TRUE(m_file.write(QByteArray(MiB, 'x')) == qint64(MiB) && m_file.flush() && ::fsync(m_file.handle()) == 0);
+    EXPECT_EQ(reservedBytes(m_file), before);
+}
+
 TEST_P(PreallocateTest, NoSpace)
 {
     ASSERT_TRUE(m_file.write("12345") == 5 && m_file.flush());

@@ -3,6 +3,7 @@
 
 #include "FolderTest.h"
 
+#include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -114,4 +115,33 @@ TEST_F(SymlinkInfoTest, SetsModificationAndAccessTime)
     expectTimes(missing, noon, seconds - 60);
     EXPECT_FALSE(QFile::exists(missing));
     EXPECT_EQ(logged.take(), QStringList());
+}
+
+TEST_F(SymlinkInfoTest, SetsAnyModificationTimeAlone)
+{
+    using Times = Orv::Utility::FileInfo;
+    const auto timeOf = [](const QString& path, bool follow) {
+        struct stat status = {};
+        (follow ? ::stat : ::lstat)(QFile::encodeName(path), &status);
+        return QDateTime::fromSecsSinceEpoch(status.st_mtime, Qt::UTC);
+    };
+    for (const char* const text :
+        {"1960-02-03T04:05:06.789Z", "2024-07-01T12:00:00.001Z", "2200-01-01T00:00:00.000Z"}) {
+        const QDateTime time = QDateTime::fromString(text, Qt::ISODateWithMs);
+        EXPECT_TRUE(Times::setLastModified(link, time, true)) << text;
+        EXPECT_EQ(QFileInfo(file).lastModified(), time) << text;
+        EXPECT_EQ(timeOf(link, false).toSecsSinceEpoch(), LinkTime) << text;
+        EXPECT_EQ(QFileInfo(file).lastRead().toMSecsSinceEpoch(), FileTime * 1000 + 900) << "as it was, " << text;
+        EXPECT_TRUE(Times::setLastModified(link, time, false)) << text;
+        EXPECT_EQ(timeOf(link, false), time.addMSecs(-time.time().msec())) << text;
+        setTime(link, LinkTime);
+    }
+    EXPECT_TRUE(Times::setLastModified(file, std::chrono::nanoseconds(-1), true));
+    EXPECT_EQ(QFileInfo(file).lastModified().toMSecsSinceEpoch(), -1);
+    for (const auto& [path, time, error] : {std::tuple(missing, QDateTime::currentDateTime(), ENOENT),
+             {dangling, QDateTime::currentDateTime(), ENOENT}, {file, QDateTime(), EINVAL}}) {
+        errno = 0;
+        EXPECT_FALSE(Times::setLastModified(path, time, true)) << qPrintable(path);
+        EXPECT_EQ(errno, error) << qPrintable(path);
+    }
 }

@@ -29,5 +29,8 @@ TEST(Uuid2String, ShortGuids)
         const QString result = Uuid2String::fromWinShortGuid(text);
         EXPECT_EQ(result, expected) << text << " " << result.toStdString();
         EXPECT_EQ(result.isNull(), expected.isNull()) << text;
+        if (!result.isEmpty() && result != nullText) {
+            EXPECT_EQ(Uuid2String::toWinShortGuid(QUuid(result)), text);
+        }
     }
 }

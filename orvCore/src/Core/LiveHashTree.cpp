@@ -94,6 +94,19 @@ QList<QPair<int, QByteArray>> LiveHashTree::getCurrentState() const
     return state;
 }
 
+void LiveHashTree::setCurrentState(const QList<QPair<int, QByteArray>>& state)
+{
+    QStack<QSharedPointer<LiveHashTreeNode>> stack;
+    for (const auto& [level, hash] : state) {
+        if (level < 0 || (!stack.isEmpty() && level >= stack.top()->level()))
+            throw Exception::Base(QStringLiteral("The levels of a hash tree's state have to fall."));
+        stack.push(createNode(hash));
+        stack.top()->promoteToLevel(level);
+    }
+    m_stack = stack;
+    m_finished = false;
+}
+
 void LiveHashTree::reset()
 {
     m_finished = false;

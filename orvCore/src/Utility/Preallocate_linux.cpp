@@ -1,16 +1,44 @@
 #include "Utility/Preallocate_p.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <fcntl.h>
+#include <linux/fiemap.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
-constexpr off_t BlockSize = 512; // bytes; the unit of stat::st_blocks, whatever the file system's own
-}
 
-namespace {
+constexpr off_t BlockSize = 512; // bytes; the unit of stat::st_blocks, whatever the file system's own
+
+/// The end of the room that a file has, which may lie behind its logical end.
+///
+/// Block counts are a last resort: they include blocks with attributes, such as an ACL, and so may lie too far behind.
+off_t physicalEnd(int fd, const struct stat& status)
+{
+    constexpr quint32 ExtentCount = 16;
+    alignas(fiemap) std::array<char, sizeof(fiemap) + ExtentCount * sizeof(fiemap_extent)> buffer;
+    auto* const map = reinterpret_cast<fiemap*>(buffer.data());
+    off_t end = status.st_size;
+    for (bool isLast = false; !isLast;) {
+        buffer.fill(0);
+        map->fm_start = static_cast<quint64>(end);
+        map->fm_length = FIEMAP_MAX_OFFSET - map->fm_start;
+        map->fm_extent_count = ExtentCount;
+        if (::ioctl(fd, FS_IOC_FIEMAP, map) != 0)
+            return std::max<off_t>(status.st_size, status.st_blocks * BlockSize);
+        isLast = map->fm_mapped_extents == 0;
+        for (quint32 i = 0; i < map->fm_mapped_extents; ++i) {
+            const fiemap_extent& extent = map->fm_extents[i];
+            end = std::max(end, static_cast<off_t>(extent.fe_logical + extent.fe_length));
+            isLast = isLast || (extent.fe_flags & FIEMAP_EXTENT_LAST) != 0;
+        }
+    }
+    return end;
+}
 
 /// Some file systems keep what they had got when the space ran out. There is no other way to give back what lies behind
 /// a file's end than to set that end anew.
@@ -30,12 +58,12 @@ int Orv::Utility::reserveSpace(int fd, quint64 size)
         return errno;
     if (size == 0)
         return 0; // which the call would refuse
-    const off_t physicalEnd = std::max<off_t>(status.st_size, status.st_blocks * BlockSize);
+    const off_t end = physicalEnd(fd, status);
     int error = 0;
     do
-        error = ::fallocate(fd, FALLOC_FL_KEEP_SIZE, physicalEnd, static_cast<off_t>(size)) == 0 ? 0 : errno;
+        error = ::fallocate(fd, FALLOC_FL_KEEP_SIZE, end, static_cast<off_t>(size)) == 0 ? 0 : errno;
     while (error == EINTR);
-    if (error == ENOSPC)
+    if (error == ENOSPC || error == EDQUOT)
         giveBack(fd);
     return error == ENOSYS ? ENOTSUP : error; // some sandboxes do not know the call
 }

@@ -10,8 +10,13 @@ QString durationText(const QDateTime& startOfDay, int seconds)
     const qint64 days = startOfDay.daysTo(end);
     const qint64 rest = startOfDay.date().addDays(days).startOfDay().secsTo(end);
     // An hour that a day has too many goes round, as on a clock.
-    const QString time = QTime(0, 0).addSecs(static_cast<int>(rest)).toString(QStringLiteral("hh:mm:ss"));
-    return days > 0 ? QStringLiteral("%1.%2").arg(days).arg(time) : time;
+    // Not by QTime::toString(), which may give nothing while other threads are setting up Qt's calendars.
+    const QTime time = QTime(0, 0).addSecs(static_cast<int>(rest));
+    const QString text = QStringLiteral("%1:%2:%3")
+                             .arg(time.hour(), 2, 10, QLatin1Char('0'))
+                             .arg(time.minute(), 2, 10, QLatin1Char('0'))
+                             .arg(time.second(), 2, 10, QLatin1Char('0'));
+    return days > 0 ? QStringLiteral("%1.%2").arg(days).arg(text) : text;
 }
 
 QString TimeDuration::toString(int seconds)

@@ -28,4 +28,11 @@ QString Uuid2String::fromWinShortGuid(const QByteArray& shortGuid)
     return windows(winBase64ToUuid(QByteArray::fromBase64(base64 + "==")));
 }
 
+QByteArray Uuid2String::toWinShortGuid(const QUuid& id)
+{
+    QByteArray bytes(16, '\0');
+    Endian::WriteBytesLittleEndian(id, bytes, 0);
+    return bytes.toBase64(QByteArray::OmitTrailingEquals).replace('/', '!').replace('+', '-');
+}
+
 } // namespace Orv::Utitlity

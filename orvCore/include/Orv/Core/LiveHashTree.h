@@ -79,6 +79,9 @@ public:
     QByteArray getFinalHash() const;
     /// The pending subtrees, the oldest and highest first, as level and hash. Throws after `finish()`.
     QList<QPair<int, QByteArray>> getCurrentState() const;
+    /// Continues from a state that `getCurrentState()` returned, for instance after an interrupted upload, in place of
+    /// all leaves so far. Throws, with nothing changed, unless the levels are 0 or more and fall from entry to entry.
+    void setCurrentState(const QList<QPair<int, QByteArray>>& state);
     /// Begins again, without any leaf.
     void reset();
 

@@ -18,11 +18,13 @@ public:
     /// Of `v.toDateTime()`.
     static DSTSafe fromVariant(const QVariant& v);
 
-    /// `dt` if it is valid. A time in a gap is moved on by the daylight-saving offset of the next change of the zone:
-    /// 02:30 becomes 03:30 where 02:00 to 03:00 is skipped. It is that offset and nothing else, so where the gap is not
-    /// as long as the offset, or where winter time is the one with an offset, the result is off by the difference.
-    /// In a zone that has no further change, a gap of the past is not moved on, and gives a time about 1970, as other
-    /// invalid values do.
+    /// `dt` if it is valid. A time in a gap is moved by the daylight-saving offset of the zone's next change, and by
+    /// nothing else: 02:30 becomes 03:30 where 02:00 to 03:00 is skipped.
+    ///
+    /// So the result is off where that offset is not the length of the gap. In zones whose winter time counts as the
+    /// one with an offset, of minus an hour (Dublin, Casablanca), the time moves back an hour: 01:30 in Dublin on
+    /// 2024-03-31 becomes 00:30. In a zone that has no further change, a gap of the past gives a time 2^31 seconds
+    /// (about 68 years) earlier. A null value gives a time about 1970 or 68 years before it.
     static QDateTime check(const QDateTime& dt);
 
     ///@{

@@ -16,6 +16,10 @@ namespace Orv::Utitlity {
 /// - The port is any number from 1 to 2147483647, and is written anew; the path is kept as it is.
 /// - An empty address has an empty normal form and, whatever the default, no TLS. One of blanks is empty, too.
 ///
+/// @warning Check what users type before it comes here. An IPv6 address in brackets is an error, since its colons are
+/// taken for that of the port. An "@" in a path or in a password ends what is taken for the user: "host/a@b" gives the
+/// host "b".
+///
 /// An address whose port is no such number is an error: then `hasError()` is set, and the address stands as it was
 /// given. Nothing is thrown or logged.
 class ORV_EXPORT EndpointHelper {

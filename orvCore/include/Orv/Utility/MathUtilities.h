@@ -7,6 +7,9 @@ namespace Extensions {
 /// Each one is the plain expression in the width of its arguments: signed division truncates towards zero, so a
 /// negative value is rounded towards zero, too. A step of 0, and a sum of value and step beyond the type, are the
 /// caller's errors (the unsigned sum wraps).
+///
+/// @warning Arguments of different types are ambiguous and do not compile: `Ceil(file.size(), 4096)` needs a cast,
+/// `Ceil(file.size(), 4096LL)`.
 class MathUtilities {
 public:
     ///@{

@@ -11,8 +11,8 @@ namespace Orv::Utility {
 ///
 /// Returns true if the room is there, and also, with a warning logged, if the file system cannot reserve any. Returns
 /// false on any other failure, for instance without enough space or with a descriptor that may not write; nothing is
-/// logged then. Without enough space, what earlier calls reserved for the file may be given back too. Nobody else may
-/// write to the file meanwhile.
+/// logged then. Without enough space or quota, what earlier calls reserved for the file may be given back too. Nobody
+/// else may write to the file meanwhile.
 ORV_EXPORT bool preallocateFile(int fd, quint64 size);
 
 } // namespace Orv::Utility

@@ -8,8 +8,10 @@ namespace Orv::Utitlity {
 
 /// Base64 (RFC 4648) for file names and URLs: "-" stands for "+", "~" for "/" and "_" for the padding "=".
 ///
-/// A view: it refers to the array that it is made from, which has to outlive it. Nothing is logged, or thrown but for
-/// lack of memory.
+/// Nothing is logged, or thrown but for lack of memory.
+///
+/// @warning A view: it refers to the array it is constructed from, which has to outlive it. With a temporary, use it
+/// within the expression: `SafeBase64(file.readAll()).to()` is right, `SafeBase64 text(file.readAll())` dangles.
 class ORV_EXPORT SafeBase64 {
 public:
     /// A view of `data`: bytes for `to()`, safe text for `from()`.

@@ -22,6 +22,8 @@ public:
     /// padding, with "-" for "+" and "!" for "/". A null string if the input is not 22 bytes long; the text of the null
     /// id if they are no Base64.
     static QString fromWinShortGuid(const QByteArray& shortGuid);
+    /// The short GUID of an id, 22 characters: the inverse of `fromWinShortGuid`.
+    static QByteArray toWinShortGuid(const QUuid& id);
 };
 
 } // namespace Orv::Utitlity
