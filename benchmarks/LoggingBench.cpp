@@ -45,7 +45,9 @@ void setUpBackEnd()
         using Key = el::ConfigurationType;
         el::Configurations configurations;
         configurations.setToDefault();
-        configurations.setGlobally(Key::Filename, folder().filePath(QStringLiteral("bare.log")).toStdString());
+        const std::string fileName = folder().filePath(QStringLiteral("bare.log")).toStdString();
+        configurations.set(el::Level::Global, Key::Filename, fileName); // not among those of setGlobally()
+        configurations.setGlobally(Key::Filename, fileName);
         configurations.setGlobally(Key::ToFile, "true");
         configurations.setGlobally(Key::ToStandardOutput, "false");
         configurations.setGlobally(Key::SubsecondPrecision, "6");

@@ -14,10 +14,8 @@ if(EasyLoggingPP_FOUND AND NOT TARGET EasyLoggingPP::Headers)
     add_library(EasyLoggingPP::Headers INTERFACE IMPORTED)
     target_include_directories(EasyLoggingPP::Headers SYSTEM INTERFACE ${EasyLoggingPP_INCLUDE_DIR})
     target_compile_definitions(EasyLoggingPP::Headers INTERFACE
-        ELPP_THREAD_SAFE                    # messages come from any thread
-        ELPP_NO_DEFAULT_LOG_FILE            # loading the library creates no file
-        ELPP_FEATURE_CRASH_LOG              # crash reasons with a stack trace
-        ELPP_DISABLE_DEFAULT_CRASH_HANDLING # loading the library installs no signal handler
+        ELPP_THREAD_SAFE          # messages come from any thread
+        ELPP_DEFAULT_LOG_FILE="/" # a directory: the back end opens no file, the library has its own
     )
 endif()
 mark_as_advanced(EasyLoggingPP_INCLUDE_DIR EasyLoggingPP_SOURCE)

@@ -30,6 +30,7 @@ inline Ending runInChild(const std::function<void()>& work, const QString& outpu
         const int output = ::open(QFile::encodeName(outputPath).constData(), O_WRONLY | O_CREAT | O_APPEND, 0600);
         ::dup2(output, STDOUT_FILENO);
         ::dup2(output, STDERR_FILENO);
+        ::alarm(300); // a child that hangs must not outlive its test
         work();
         std::exit(0);
     }
@@ -45,7 +46,8 @@ inline Ending runInChild(const std::function<void()>& work, const QString& outpu
 
 inline QStringList linesOf(const QString& path)
 {
-    return QString::fromUtf8(contentOf(path)).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    const QByteArray content = contentOf(path);
+    return QString::fromUtf8(content.constData(), content.size()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
 /// Runs `work` in a child process and expects that it comes to its end and that nothing fails in it.

@@ -1,6 +1,6 @@
 /// usage: loadProbe MODULE        loads the library and checks that this alone changes nothing
-///        loadProbe MODULE log    logs through it, unloads it, and logs once more when its objects have gone
-///        loadProbe MODULE log interrupt    the same, and interrupts itself then
+///        loadProbe MODULE log    logs through it, unloads it, logs once more when its objects have gone, and prints
+///        that
 
 #include <QDir>
 #include <QFile>
@@ -11,19 +11,24 @@
 #include <vector>
 
 #include <dlfcn.h>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
 /// Constructed before the library's objects, and so destroyed after them.
 struct LateLogger {
+    const QTemporaryDir folder;
     bool armed = false;
-    bool interrupts = false;
     ~LateLogger()
     {
-        if (armed)
-            qWarning("after everything");
-        if (interrupts)
-            std::raise(SIGINT);
+        if (!armed)
+            return;
+        qWarning("after everything");
+        std::raise(SIGINT);
+        QFile log(folder.filePath(QStringLiteral("log_DOV_LOG.log")));
+        log.open(QIODevice::ReadOnly);
+        std::fputs(log.readAll().constData(), stderr);
     }
 };
 LateLogger lateLogger;
@@ -39,43 +44,47 @@ std::vector<void (*)(int)> signalHandlers()
     return handlers;
 }
 
+/// One that is opened takes the lowest free number, which then is that of standard output.
+bool opensADescriptor()
+{
+    return ::fcntl(STDOUT_FILENO, F_GETFD) >= 0;
+}
+
 int failed(const char* what)
 {
     std::fprintf(stderr, "%s\n", what);
     return 1;
 }
 
-int logThrough(void* module, const QString& folder)
-{
-    const auto setUpLog = reinterpret_cast<void (*)(const char*)>(::dlsym(module, "setUpLog"));
-    setUpLog(QFile::encodeName(folder).constData());
-    ::dlclose(module);
-    qWarning("still logged");
-    QFile log(folder + QStringLiteral("/log_DOV_LOG.log"));
-    if (!log.open(QIODevice::ReadOnly) || !log.readAll().endsWith("[WARNING]: still logged\n"))
-        return failed("nothing is logged after the module was closed");
-    lateLogger.armed = true;
-    return 0;
-}
-
 } // namespace
 
 int main(int argc, char* argv[])
 {
-    const QTemporaryDir folder;
-    QDir::setCurrent(folder.path());
+    QDir::setCurrent(lateLogger.folder.path());
+    ::close(STDOUT_FILENO);
     const auto signalsBefore = signalHandlers();
     const QtMessageHandler messagesBefore = qInstallMessageHandler(nullptr);
 
     void* module = ::dlopen(argv[1], RTLD_NOW);
     if (!module)
         return failed(::dlerror());
+    if (opensADescriptor())
+        return failed("loading opens a descriptor");
     if (signalHandlers() != signalsBefore)
         return failed("loading installs a signal handler");
     if (qInstallMessageHandler(nullptr) != messagesBefore)
         return failed("loading installs a message handler");
-    if (!QDir(folder.path()).isEmpty())
+    if (!QDir(lateLogger.folder.path()).isEmpty())
         return failed("loading creates a file");
-    lateLogger.interrupts = argc > 3;
-    return argc > 2 ? logThrough(module, folder.path()) : 0;
+    if (argc == 2)
+        return 0;
+
+    const auto setUpLog = reinterpret_cast<void (*)(const char*)>(::dlsym(module, "setUpLog"));
+    setUpLog(QFile::encodeName(lateLogger.folder.path()).constData());
+    if (opensADescriptor())
+        return failed("the log takes the place of standard output");
+    ::dlclose(module);
+    qWarning("still logged");
+    lateLogger.armed = true;
+    return 0;
 }

@@ -1,124 +1,205 @@
 #include "Log/LogBackend_p.h"
 
-#include <Orv/Log/LogRollout.h>
+#include "Log/LogFile_p.h"
+#include "Log/LogHandler.h"
+#include "Log/SignalText_p.h"
 
-#include <QFileInfo>
+#include <atomic>
+#include <iostream>
 
-INITIALIZE_EASYLOGGINGPP
+#include <poll.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+INITIALIZE_NULL_EASYLOGGINGPP
 
 namespace Orv::LogBackend {
 
 namespace {
 
-bool alive = false; // under the lock
+struct Target {
+    const char* loggerId;
+    el::Logger* logger;
+    LogFile* file; // owned
+    bool isEnabled;
+    bool toStandardOutput;
+    bool isColoured;
+};
 
-/// Constructed after the back end's storage, in this file, and so destroyed before it.
-struct Lifetime {
-    Lifetime() { alive = true; }
-    ~Lifetime()
+// Never destroyed and without a constructor: signal handlers and messages late in the process's exit use them.
+Target targets[] = {{el::base::consts::kDefaultLoggerId, nullptr, nullptr, true, true, false},
+    {"shadow", nullptr, nullptr, true, false, false}};
+bool hasRawOutput = false;
+
+/// The back end's last step: hands a formatted entry to the file and to standard output.
+class Dispatcher : public el::LogDispatchCallback {
+protected:
+    void handle(const el::LogDispatchData* data) override
     {
-        const Lock lock;
-        alive = false;
+        const el::LogMessage* message = data->logMessage();
+        const Target& target = targets[message->logger() == targets[ShadowLog].logger ? ShadowLog : DefaultLog];
+        el::LogBuilder* builder = message->logger()->logBuilder();
+        std::string line = builder->build(message, true);
+        if (target.file)
+            target.file->append(line);
+        if (!target.toStandardOutput)
+            return;
+        if (target.isColoured)
+            builder->convertToColoredOutput(&line, message->level());
+        writeToStandardOutput(line);
     }
 };
-const Lifetime lifetime;
 
-using Stream = el::base::type::fstream_t;
-
-constexpr std::size_t LongestHead = 64; // bytes: date, time and level of an entry
-
-/// How many bytes fit into the ordinary log for certain: to ask for its size after each entry would cost a tenth of the
-/// time that an entry takes. (The back end asks before each one; this is for the entry that fills it.)
-std::size_t certainRoom = 0;
-
-void reopen(Stream& stream, el::Logger& logger, el::Level level)
+/// Creates the back end, which never goes again: messages may come when static objects have gone.
+void createBackEnd()
 {
-    certainRoom = 0;
-    const std::string& fileName = logger.typedConfigurations()->filename(level);
-    el::base::utils::File::createPath(el::base::utils::File::extractPathFromFilename(fileName));
-    stream.close();
+    using namespace el;
+    static const auto& storage =
+        *new base::type::StoragePointer(new base::Storage(LogBuilderPtr(new base::DefaultLogBuilder)));
+    Helpers::setStorage(storage);
+    Helpers::uninstallLogDispatchCallback<base::DefaultLogDispatchCallback>("DefaultLogDispatchCallback");
+    Helpers::installLogDispatchCallback<Dispatcher>("Dispatcher");
+}
+
+el::Logger& loggerOf(Log log)
+{
+    static const bool created = (createBackEnd(), true);
+    static_cast<void>(created);
+    if (!targets[log].logger)
+        targets[log].logger = el::Loggers::getLogger(targets[log].loggerId);
+    return *targets[log].logger;
+}
+
+/// What a message builder puts into the stream of its logger in place of what is there: `<<` stops at a null character,
+/// and does nothing once it has failed for lack of memory.
+struct Content {
+    const std::string& text;
+};
+
+std::ostream& operator<<(std::ostream& stream, const Content& content)
+{
     stream.clear();
-    stream.open(fileName, std::ios::out | std::ios::app | std::ios::ate);
+    static_cast<el::base::type::stringstream_t&>(stream).str(content.text);
+    return stream;
 }
 
-/// The open stream of the logger's file. The back end gives up for good on a file that it could not open: this tries
-/// again, so that the log goes on when the cause is gone.
-Stream* openStream(el::Logger& logger, el::Level level)
-{
-    Stream* stream = logger.typedConfigurations()->fileStream(level);
-    if (!stream && logger.enabled(level)) {
-        prepareFile(logger.typedConfigurations()->filename(level), logger.typedConfigurations()->maxLogFileSize(level));
-        logger.reconfigure();
-        stream = logger.typedConfigurations()->fileStream(level);
-    }
-    if (stream && !stream->is_open())
-        reopen(*stream, logger, level);
-    return stream && stream->is_open() ? stream : nullptr;
-}
+// localtime() is not for signal handlers. So the offset from UTC is read at entries, once in each quarter of an hour.
+std::atomic<std::time_t> offsetFromUtc{0}; // seconds
+std::time_t nextQuarter = 0;
 
-void rollOverIfFull(Stream& stream, el::Logger& logger, el::Level level, std::size_t entrySize)
+void updateOffsetFromUtc()
 {
-    const std::size_t maxSize = logger.typedConfigurations()->maxLogFileSize(level);
-    if (maxSize == 0)
+    constexpr std::time_t Quarter = 15 * 60;
+    const std::time_t now = std::time(nullptr);
+    if (now < nextQuarter && now >= nextQuarter - Quarter)
         return;
-    if (entrySize < certainRoom) {
-        certainRoom -= entrySize;
-        return;
+    nextQuarter = now - now % Quarter + Quarter;
+    struct tm local { };
+    ::localtime_r(&now, &local);
+    offsetFromUtc = local.tm_gmtoff;
+}
+
+/// As the back end's "%datetime". The date is that of H. Hinnant, "chrono-Compatible Low-Level Date Algorithms",
+/// civil_from_days, for dates from 1970 on.
+void addTime(SignalText& text)
+{
+    struct timeval time { };
+    ::gettimeofday(&time, nullptr);
+    const auto seconds = static_cast<std::uint64_t>(time.tv_sec + offsetFromUtc);
+    const std::uint64_t days = seconds / 86400 + 719468;
+    const std::uint64_t era = days / 146097;
+    const std::uint64_t dayOfEra = days % 146097;
+    const std::uint64_t yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+    const std::uint64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+    const std::uint64_t monthFromMarch = (5 * dayOfYear + 2) / 153;
+    const std::uint64_t month = monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9;
+    text.add(yearOfEra + era * 400 + (month <= 2 ? 1 : 0), 10, 4).add("-").add(month, 10, 2).add("-");
+    text.add(dayOfYear - (153 * monthFromMarch + 2) / 5 + 1, 10, 2).add(" ");
+    text.add(seconds / 3600 % 24, 10, 2).add(":").add(seconds / 60 % 60, 10, 2).add(":").add(seconds % 60, 10, 2);
+    text.add(",").add(static_cast<std::uint64_t>(time.tv_usec), 10, 6);
+}
+
+/// Gives up on a pipe that nobody reads: the process is about to end or to continue, but not to wait.
+void writeToStandardOutputWithoutWaiting(std::string_view text)
+{
+    constexpr std::size_t Chunk = 512; // what a pipe that is ready takes at least
+    constexpr int Timeout = 200;       // milliseconds
+    struct pollfd output {
+        STDOUT_FILENO, POLLOUT, 0
+    };
+    while (!text.empty() && ::poll(&output, 1, Timeout) == 1 && (output.revents & POLLOUT)) {
+        const ssize_t written = ::write(STDOUT_FILENO, text.data(), text.size() < Chunk ? text.size() : Chunk);
+        if (written <= 0)
+            return;
+        text.remove_prefix(static_cast<std::size_t>(written));
     }
-    el::Helpers::validateFileRolling(&logger, level);
-    const std::size_t size = el::base::utils::File::getSizeOfFile(&stream);
-    certainRoom = size < maxSize ? maxSize - size : 0;
-}
-
-/// Left to itself, the back end takes a failed stream for an endless file, rolls it over and truncates it; hence
-/// `NeverByItself`. What the failed stream still holds is dropped: it is the entry that found no room.
-void flush(Stream& stream, el::Logger& logger, el::Level level, std::size_t entrySize)
-{
-    stream.flush();
-    if (stream.fail())
-        reopen(stream, logger, level);
-    else
-        rollOverIfFull(stream, logger, level, entrySize);
-}
-
-std::recursive_mutex& mutex()
-{
-    // Never destroyed, so that threads which are left when the process exits find it.
-    static std::recursive_mutex& mutex = *new std::recursive_mutex;
-    return mutex;
 }
 
 } // namespace
 
-Lock::Lock() : m_lock(mutex())
+void configure(Log log, const el::Configurations& configurations, std::unique_ptr<LogFile> file, bool toStandardOutput)
 {
+    loggerOf(log).configure(configurations);
+    Target& target = targets[log];
+    const std::unique_ptr<LogFile> previous(target.file);
+    target.file = file.release();
+    target.isEnabled = target.logger->enabled(el::Level::Error);
+    target.toStandardOutput = toStandardOutput;
+    target.isColoured = toStandardOutput && ::isatty(STDOUT_FILENO);
+    updateOffsetFromUtc();
 }
 
-bool isAlive()
+void setRawOutput()
 {
-    return alive;
+    hasRawOutput = true;
+    el::Helpers::installLogDispatchCallback<LogHandler>("RawLogHandler");
 }
 
-void prepareFile(const std::string& fileName, std::size_t maxSize)
+void write(Log log, el::Level level, const std::string& text) noexcept
 {
-    certainRoom = 0;
-    ELPP->registeredLoggers()->logStreamsReference()->erase(fileName);
-    const QFileInfo file(QString::fromStdString(fileName));
-    if (maxSize > 0 && file.isFile() && static_cast<std::size_t>(file.size()) >= maxSize)
-        logsRollout(fileName.c_str(), maxSize);
+    try {
+        el::Logger& logger = loggerOf(log);
+        if (!logger.enabled(level))
+            return;
+        updateOffsetFromUtc();
+        el::base::MessageBuilder builder;
+        builder.initialize(&logger);
+        builder << Content{text};
+        el::LogMessage message(level, "", 0, "", 0, &logger);
+        // Not by el::base::Writer, which stays locked if something throws.
+        el::base::LogDispatcher(true, &message, el::base::DispatchAction::NormalLog).dispatch();
+    } catch (...) {
+        // The entry is dropped, most likely for lack of memory.
+    }
 }
 
-void write(el::Level level, const char* loggerId, const std::string& text)
+void writeFromSignal(std::initializer_list<Log> logs, std::string_view level, std::string_view text)
 {
-    el::Logger* logger = el::Loggers::getLogger(loggerId, false);
-    if (!logger)
-        return;
-    if (level == el::Level::Fatal)
-        el::Loggers::addFlag(el::LoggingFlag::DisableApplicationAbortOnFatalLog);
-    Stream* stream = openStream(*logger, level);
-    el::base::Writer(level, "orvCore", 0, "").construct(logger) << text;
-    if (stream)
-        flush(*stream, *logger, level, LongestHead + text.size());
+    static SignalText entry;
+    entry.clear();
+    addTime(entry);
+    entry.add(" [").add(level).add("]: ").add(text).add("\n");
+    for (const Log log : logs) {
+        if (targets[log].file && targets[log].isEnabled)
+            targets[log].file->appendOnly(entry.text());
+    }
+    for (const Log log : logs) {
+        if (targets[log].toStandardOutput && targets[log].isEnabled)
+            writeToStandardOutputWithoutWaiting(entry.text());
+    }
+    if (hasRawOutput && targets[DefaultLog].isEnabled) {
+        entry.clear();
+        writeToStandardOutputWithoutWaiting(entry.add(text).add("\n").text());
+    }
+}
+
+void writeToStandardOutput(std::string_view text)
+{
+    try {
+        std::cout << text << std::flush;
+    } catch (...) {
+        // Where the program has its streams throw.
+    }
 }
 
 } // namespace Orv::LogBackend

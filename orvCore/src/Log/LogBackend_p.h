@@ -2,38 +2,33 @@
 
 #include <easylogging++.h>
 
-#include <mutex>
+#include <initializer_list>
+#include <memory>
 #include <string>
+#include <string_view>
 
-/// The library's road to the logging back end.
+class LogFile;
+
+/// The two logs: loggers of the back end, which decides what is written and formats it, and where their entries go,
+/// which is the library's own business. To be used with the `LogLock` held.
 namespace Orv::LogBackend {
 
-inline constexpr char DefaultLogger[] = "default";
-inline constexpr char ShadowLogger[] = "shadow";
+enum Log { DefaultLog, ShadowLog };
 
-/// The flush threshold that a logger has to be configured with: `write` flushes after each entry itself.
-inline constexpr char NeverByItself[] = "1000000000";
+/// Configures a log. Without `file` it has none.
+void configure(Log log, const el::Configurations& configurations, std::unique_ptr<LogFile> file, bool toStandardOutput);
 
-/// To be held while anything here is used and while the back end is configured. Its own locks do not cover what its
-/// loggers share, such as the files that are open, nor all of what changes when it is configured. Recursive: writing an
-/// entry may log something else.
-class Lock {
-public:
-    Lock();
+/// Echoes the bare text of every entry on standard output from now on.
+void setRawOutput();
 
-private:
-    std::unique_lock<std::recursive_mutex> m_lock;
-};
+/// Writes one entry. If that fails it is dropped. A fatal entry does not end the process: that is up to the caller.
+void write(Log log, el::Level level, const std::string& text) noexcept;
 
-/// Whether the back end can be used. False once it has been destroyed, late in the process's exit.
-bool isAlive();
+/// The same for signal handlers: neither allocates nor waits. Best with the lock held; without, an entry of another
+/// thread may come in between.
+void writeFromSignal(std::initializer_list<Log> logs, std::string_view level, std::string_view text);
 
-/// To be called before a logger is configured with a file: the file will be opened anew, also if it has been open and
-/// was deleted; and if it is full already (0: never), it is moved aside, where the back end would empty it.
-void prepareFile(const std::string& fileName, std::size_t maxSize);
-
-/// Writes one entry to one logger, as far as its file then. A fatal entry does not end the process: that is the
-/// caller's business, who may have another logger to write to.
-void write(el::Level level, const char* logger, const std::string& text);
+/// Writes to standard output. What it cannot take or throws is dropped.
+void writeToStandardOutput(std::string_view text);
 
 } // namespace Orv::LogBackend

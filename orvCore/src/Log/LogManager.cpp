@@ -1,15 +1,15 @@
 #include <Orv/Log/LogManager.h>
 
+#include "Log/CrashHandler_p.h"
 #include "Log/LogBackend_p.h"
-#include "Log/LogHandler.h"
+#include "Log/LogFile_p.h"
+#include "Log/LogLock_p.h"
 
-#include <Orv/Log/CrashHandler.h>
-#include <Orv/Log/LogRollout.h>
 #include <Orv/Log/MessageHandlers.h>
 
 #include <QLoggingCategory>
 
-#include <string>
+#include <memory>
 
 namespace Orv {
 
@@ -22,6 +22,17 @@ constexpr std::size_t MaxFileSize = 2097152; // bytes
 const char* text(bool value)
 {
     return value ? "true" : "false";
+}
+
+el::Configurations configurations(bool isEnabled)
+{
+    using Key = el::ConfigurationType;
+    el::Configurations configurations;
+    configurations.setToDefault();
+    configurations.setGlobally(Key::SubsecondPrecision, SubsecondDigits);
+    configurations.setGlobally(Key::Enabled, text(isEnabled));
+    configurations.setGlobally(Key::Format, LineFormat);
+    return configurations;
 }
 
 } // namespace
@@ -101,19 +112,16 @@ bool LogManager::init()
         return true;
 
     applyFilterRules();
-    const LogBackend::Lock lock;
+    const LogLock lock;
     configureDefaultLogger();
-    el::Helpers::installPreRollOutCallback(logsRollout);
     if (m_rawOutput)
-        el::Helpers::installLogDispatchCallback<LogHandler>("RawLogHandler");
+        LogBackend::setRawOutput();
     if (m_crashHandler)
-        el::Helpers::setCrashHandler(crashHandler);
-    if (m_enableShadow && !m_shadowFilePath.isEmpty()) {
+        installCrashHandler();
+    const bool hasShadow = m_enableShadow && !m_shadowFilePath.isEmpty();
+    if (hasShadow)
         configureShadowLogger();
-        qInstallMessageHandler(messageHandlerShadow);
-    } else {
-        qInstallMessageHandler(messageHandler);
-    }
+    qInstallMessageHandler(hasShadow ? messageHandlerShadow : messageHandler);
     m_isInit = true;
     return m_isInit;
 }
@@ -133,44 +141,18 @@ void LogManager::applyFilterRules() const
 
 void LogManager::configureDefaultLogger() const
 {
-    using Key = el::ConfigurationType;
-    el::Configurations configurations;
-    configurations.setToDefault();
-    // Whatever file it is given, the back end makes it, even if it is not to write to it.
+    std::unique_ptr<LogFile> file;
     if (m_outToFile) {
-        const std::string fileName = QStringLiteral("%1/log_%2.log").arg(m_logPath).arg(m_appPrefix).toStdString();
-        LogBackend::prepareFile(fileName, MaxFileSize);
-        configurations.setGlobally(Key::Filename, fileName);
+        const QString path = m_logPath + QStringLiteral("/log_") + m_appPrefix + QStringLiteral(".log");
+        file = std::make_unique<LogFile>(path.toStdString(), MaxFileSize);
     }
-    configurations.setGlobally(Key::PerformanceTracking, text(true));
-    configurations.setGlobally(Key::MaxLogFileSize, std::to_string(MaxFileSize));
-    configurations.setGlobally(Key::SubsecondPrecision, SubsecondDigits);
-    configurations.setGlobally(Key::ToFile, text(m_outToFile));
-    configurations.setGlobally(Key::ToStandardOutput, text(m_outToStream));
-    configurations.setGlobally(Key::Enabled, text(m_logEnabled));
-    configurations.setGlobally(Key::Format, LineFormat);
-    configurations.setGlobally(Key::LogFlushThreshold, LogBackend::NeverByItself);
-    el::Loggers::setDefaultConfigurations(configurations, true);
-    el::Loggers::addFlag(el::LoggingFlag::ColoredTerminalOutput);
-    el::Loggers::addFlag(el::LoggingFlag::StrictLogFileSizeCheck);
+    LogBackend::configure(LogBackend::DefaultLog, configurations(m_logEnabled), std::move(file), m_outToStream);
 }
 
 void LogManager::configureShadowLogger() const
 {
-    using Key = el::ConfigurationType;
-    el::Loggers::addFlag(el::LoggingFlag::MultiLoggerSupport);
-    el::Logger* logger = el::Loggers::getLogger(LogBackend::ShadowLogger, true);
-    el::Configurations* configurations = logger->configurations();
-    LogBackend::prepareFile(m_shadowFilePath.toStdString(), 0);
-    configurations->setGlobally(Key::Filename, m_shadowFilePath.toStdString());
-    configurations->setGlobally(Key::MaxLogFileSize, "0");
-    configurations->setGlobally(Key::SubsecondPrecision, SubsecondDigits);
-    configurations->setGlobally(Key::ToFile, text(true));
-    configurations->setGlobally(Key::ToStandardOutput, text(false));
-    configurations->setGlobally(Key::Enabled, text(true));
-    configurations->setGlobally(Key::Format, LineFormat);
-    configurations->setGlobally(Key::LogFlushThreshold, LogBackend::NeverByItself);
-    logger->reconfigure();
+    LogBackend::configure(LogBackend::ShadowLog, configurations(true),
+        std::make_unique<LogFile>(m_shadowFilePath.toStdString(), 0), false);
 }
 
 } // namespace Orv

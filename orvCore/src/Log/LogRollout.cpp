@@ -1,15 +1,21 @@
 #include <Orv/Log/LogRollout.h>
 
+#include "Log/LogRollout_p.h"
+
 #include <QDateTime>
 #include <QFile>
+
+QString rotatedName(const QString& fileName)
+{
+    QString name = fileName;
+    name.chop(4);
+    return name + QLatin1Char('_') + QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddhhmmss")) +
+        QLatin1String(".log");
+}
 
 void logsRollout(const char* fileName, std::size_t size)
 {
     Q_UNUSED(size)
     const QString name(fileName);
-    QString newName = name;
-    newName.chop(4);
-    newName += QLatin1Char('_') + QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddhhmmss")) +
-        QLatin1String(".log");
-    QFile::rename(name, newName);
+    QFile::rename(name, rotatedName(name));
 }

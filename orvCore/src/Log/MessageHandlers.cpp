@@ -1,11 +1,13 @@
 #include <Orv/Log/MessageHandlers.h>
 
 #include "Log/LogBackend_p.h"
+#include "Log/LogLock_p.h"
 
 #include <Orv/Log/LogManager.h>
 
 #include <cstdlib>
 #include <initializer_list>
+#include <new>
 #include <optional>
 
 namespace {
@@ -29,29 +31,20 @@ std::optional<el::Level> levelOf(QtMsgType type, const QString& message)
     return std::nullopt;
 }
 
-/// Qt's own handler, for what comes when the back end has gone.
-void passToQt(QtMsgType type, const QMessageLogContext& context, const QString& message)
-{
-    qInstallMessageHandler(nullptr);
-    qt_message_output(type, context, message);
-}
-
-void writeTo(std::initializer_list<const char*> loggers, QtMsgType type, const QMessageLogContext& context,
+void writeTo(std::initializer_list<Orv::LogBackend::Log> logs, QtMsgType type, const QMessageLogContext& context,
     const QString& message)
 {
     const std::optional<el::Level> level = levelOf(type, message);
     if (!level)
         return;
-    const std::string text = logFormat(type, context, message).toStdString();
-    const Orv::LogBackend::Lock lock;
-    if (!Orv::LogBackend::isAlive()) {
-        passToQt(type, context, message);
-        return;
+    try {
+        const std::string text = logFormat(type, context, message).toStdString();
+        const LogLock lock;
+        for (const Orv::LogBackend::Log log : logs)
+            Orv::LogBackend::write(log, *level, text);
+    } catch (const std::bad_alloc&) {
+        // An entry that does not fit into the memory is dropped.
     }
-    // One entry a logger: addressed to both at once, a fatal entry would end the process before the second logger, and
-    // a disabled first logger would leave the second one without the text.
-    for (const char* logger : loggers)
-        Orv::LogBackend::write(*level, logger, text);
     if (type == QtFatalMsg)
         std::abort();
 }
@@ -60,12 +53,12 @@ void writeTo(std::initializer_list<const char*> loggers, QtMsgType type, const Q
 
 void messageHandler(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
-    writeTo({Orv::LogBackend::DefaultLogger}, type, context, message);
+    writeTo({Orv::LogBackend::DefaultLog}, type, context, message);
 }
 
 void messageHandlerShadow(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
-    writeTo({Orv::LogBackend::DefaultLogger, Orv::LogBackend::ShadowLogger}, type, context, message);
+    writeTo({Orv::LogBackend::DefaultLog, Orv::LogBackend::ShadowLog}, type, context, message);
 }
 
 QString logFormat(QtMsgType type, const QMessageLogContext& context, const QString& message)
@@ -73,9 +66,7 @@ QString logFormat(QtMsgType type, const QMessageLogContext& context, const QStri
     Q_UNUSED(type)
     if (!Orv::LogManager::instance().isVerbose())
         return message;
+    // All at once, so that a "%1" of the message or of a name stays as it is.
     return QStringLiteral("%1\n\tFunction: %2\n\tCategory: %3\n\tLine: %4")
-        .arg(message)
-        .arg(QString(context.function))
-        .arg(QString(context.category))
-        .arg(context.line);
+        .arg(message, QString(context.function), QString(context.category), QString::number(context.line));
 }

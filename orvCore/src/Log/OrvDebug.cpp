@@ -11,6 +11,8 @@
 #include <mutex>
 #include <string_view>
 
+#include <pthread.h>
+
 // The objects behind these functions are never destroyed, so that code which runs late in the process's exit can still
 // log.
 
@@ -32,19 +34,44 @@ const QLoggingCategory& orvLogInfoH()
     return category;
 }
 
+namespace {
+
+struct ThreadNumbers {
+    std::mutex mutex; // not QMutex, whose work the thread sanitizer cannot see
+    QHash<quint64, quint64> bySystemNumber;
+};
+
+ThreadNumbers& threadNumbers()
+{
+    static ThreadNumbers& numbers = *new ThreadNumbers;
+    return numbers;
+}
+
+thread_local quint64 ownThreadNumber = 0; // asked for at every line, switched off or not
+
+quint64 findThreadNumber()
+{
+    // A child process finds the mutex free, and its thread has a system number of its own.
+    [[maybe_unused]] static const int registered =
+        ::pthread_atfork([] { threadNumbers().mutex.lock(); }, [] { threadNumbers().mutex.unlock(); },
+            [] {
+                threadNumbers().mutex.unlock();
+                ownThreadNumber = 0;
+            });
+    const std::lock_guard lock(threadNumbers().mutex);
+    quint64& number = threadNumbers().bySystemNumber[systemThreadNumber()];
+    if (number == 0)
+        number = static_cast<quint64>(threadNumbers().bySystemNumber.size());
+    return number;
+}
+
+} // namespace
+
 quint64 threadId()
 {
-    struct Numbers {
-        std::mutex mutex; // not QMutex, whose work the thread sanitizer cannot see
-        QHash<quint64, quint64> bySystemNumber;
-    };
-    static Numbers& numbers = *new Numbers;
-
-    const std::lock_guard lock(numbers.mutex);
-    quint64& number = numbers.bySystemNumber[systemThreadNumber()];
-    if (number == 0)
-        number = static_cast<quint64>(numbers.bySystemNumber.size());
-    return number;
+    if (ownThreadNumber == 0)
+        ownThreadNumber = findThreadNumber();
+    return ownThreadNumber;
 }
 
 namespace Orv {
