@@ -4,11 +4,15 @@
 
 #include <QScopeGuard>
 
+#include <algorithm>
+#include <atomic>
 #include <csignal>
+#include <cstdlib>
+#include <iostream>
+#include <new>
+#include <stdexcept>
 
 #include <sys/stat.h>
-
-using testing::IsEmpty;
 
 namespace {
 
@@ -18,71 +22,72 @@ void logAllSeverities()
 {
     OrvDebug("a").debug() << "debug";
     OrvDebug("a").debugOnly() << "debugOnly";
-    OrvDebug("a").info() << "info";
     OrvDebug("a").infoH() << "infoH";
+    OrvDebug("a").info() << "info";
     OrvDebug("a").warning() << "warning";
     OrvDebug("a").critical() << "critical";
     OrvDebug("a").error() << "error";
 }
 
+struct ThrowingBuffer : std::streambuf {
+    int overflow(int) override { throw std::runtime_error("no output"); }
+};
+
+std::atomic<int> largeAllocationsLeft{-1}; // before one of them fails; negative: none does
+
 } // namespace
+
+void* operator new(std::size_t size)
+{
+    void* memory =
+        size > 100000 && largeAllocationsLeft >= 0 && largeAllocationsLeft-- == 0 ? nullptr : std::malloc(size);
+    return memory ? memory : throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
 
 TEST_F(LogManagerTest, LevelsDecideWhatIsWritten)
 {
-    const Lines all = {"[DEBUG]: [ a ] [ N ] debug", "[DEBUG]: [ a ] [ N ] debugOnly", "[INFO]: [ a ] [ N ] info",
-        "[INFO]: [ a ] [ N ] infoH", "[WARNING]: [ a ] [ N ] warning", "[ERROR]: [ a ] [ N ] critical",
+    const Lines all = {"[DEBUG]: [ a ] [ N ] debug", "[DEBUG]: [ a ] [ N ] debugOnly", "[INFO]: [ a ] [ N ] infoH",
+        "[INFO]: [ a ] [ N ] info", "[WARNING]: [ a ] [ N ] warning", "[ERROR]: [ a ] [ N ] critical",
         "[ERROR]: [ a ] [ N ] error"};
-    const Lines high(all.begin() + 2, all.end());
-    Lines always = high;
-    always.erase(always.begin() + 1);
-
-    using Levels = std::vector<LogManager::LogLevel>;
-    const std::pair<Levels, Lines> rows[] = {
-        {{}, always},
-        {{LogManager::Disabled}, {}},
-        {{LogManager::Info}, always},
-        {{LogManager::InfoHigh}, high},
-        {{LogManager::Debug}, all},
-        {{LogManager::Debug, static_cast<LogManager::LogLevel>(9)}, always},
-        {{LogManager::InfoHigh, LogManager::Disabled}, {}},
-        {{LogManager::InfoHigh, LogManager::Disabled, LogManager::Info}, always},
-    };
-    for (const auto& [levels, expected] : rows) {
+    const auto debugOff = static_cast<LogManager::LogLevel>(-1); // setDebug(false)
+    const std::pair<std::vector<LogManager::LogLevel>, int> rows[] = {{{}, 4}, {{LogManager::Disabled}, 0},
+        {{LogManager::Info}, 4}, {{LogManager::InfoHigh}, 5}, {{LogManager::Debug}, 7},
+        {{LogManager::Debug, static_cast<LogManager::LogLevel>(9)}, 4}, {{LogManager::Debug, debugOff}, 5},
+        {{LogManager::InfoHigh, LogManager::Disabled}, 0},
+        {{LogManager::InfoHigh, LogManager::Disabled, LogManager::Info}, 4}};
+    for (const auto& [levels, last] : rows) {
         const auto work = [&, &levels = levels] {
             for (const auto level : levels)
-                manager().setLogLevel(level);
+                level == debugOff ? manager().setDebug(false) : manager().setLogLevel(level);
             manager().init();
+            EXPECT_EQ(manager().isDebug(), !levels.empty() && levels.back() == LogManager::Debug);
             logAllSeverities();
         };
-        EXPECT_EQ(logged(work), expected) << testing::PrintToString(levels);
+        EXPECT_EQ(logged(work), Lines(all.end() - last, all.end())) << testing::PrintToString(levels);
         EXPECT_EQ(contentOf(output()).size(), 0);
     }
-    const auto debugOff = [&] {
-        manager().setLogLevel(LogManager::Debug);
-        manager().setDebug(false);
-        EXPECT_FALSE(manager().isDebug());
-        manager().init();
-        logAllSeverities();
-    };
-    EXPECT_EQ(logged(debugOff), high) << "high detail stays, debug lines go";
 }
 
 TEST_F(LogManagerTest, NothingIsWrittenUnlessAsked)
 {
-    const auto work = [this] {
+    expectInChild([this] {
         LogManager::instance().setLogPath(m_folder.path());
         LogManager::instance().setEnableShadow(true); // without a path
         LogManager::instance().init();
         EXPECT_EQ(qInstallMessageHandler(messageHandler), messageHandler);
         logAllSeverities();
-    };
-    writeFile(path(QStringLiteral("full")), QByteArray(2097152, 'x'));
-    ASSERT_TRUE(QFile::rename(path(QStringLiteral("full")), log()));
-    expectInChild(work, output());
-    EXPECT_EQ(QFileInfo(log()).size(), 2097152) << "a full log that is not in use stays as it is";
-    EXPECT_THAT(logged(work), IsEmpty());
-    EXPECT_EQ(contentOf(output()).size(), 0);
-    EXPECT_THAT(QDir(m_folder.path()).entryList(QDir::Files), ElementsAre(QStringLiteral("output")));
+    });
+    EXPECT_TRUE(QDir(m_folder.path()).isEmpty());
 }
 
 TEST_F(LogManagerTest, StandardOutputAndRawOutput)
@@ -188,4 +193,36 @@ TEST_F(LogManagerTest, ConfiguredAnewWhileThreadsLog)
         EXPECT_EQ(entries(file).size(), 3u * LinesEach);
         EXPECT_THAT(entries(file), testing::Each("[INFO]: text"));
     }
+}
+
+TEST_F(LogManagerTest, EntryThatFailsOnTheWayDoesNotHoldUpOthers)
+{
+    for (const bool isRaw : {false, true}) {
+        EXPECT_THAT(logged([&] {
+            ThrowingBuffer buffer;
+            std::cout.rdbuf(&buffer);
+            std::cout.exceptions(std::ios::badbit);
+            manager().setOutToStream(!isRaw);
+            manager().setRawOutput(isRaw);
+            manager().init();
+            inThreads(2, [](int) { qInfo("text"); });
+            ::_exit(testing::Test::HasFailure()); // leaves the buffer in its place
+        }),
+            ElementsAre("[INFO]: text", "[INFO]: text"));
+    }
+
+    const std::string large(200000, 'x');
+    const Lines lines = logged([&] {
+        manager().init();
+        for (int failing = 0; failing < 10; ++failing) {
+            largeAllocationsLeft = failing;
+            inThreads(1, [&](int) { messageHandler(QtInfoMsg, {}, QString(200000, QLatin1Char('x'))); });
+            largeAllocationsLeft = -1;
+            inThreads(1, [](int) { qInfo("other"); });
+        }
+    });
+    const auto written = std::count(lines.begin(), lines.end(), "[INFO]: " + large);
+    EXPECT_TRUE(written > 0 && written < 8) << written << " of 10";
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "[INFO]: other"), 10);
+    EXPECT_EQ(lines.size(), std::size_t(10 + written));
 }
