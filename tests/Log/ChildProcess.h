@@ -2,8 +2,6 @@
 
 #include "Files.h"
 
-#include <QStringList>
-
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -42,12 +40,6 @@ inline Ending runInChild(const std::function<void()>& work, const QString& outpu
     if (WIFSIGNALED(status))
         ending.signal = WTERMSIG(status);
     return ending;
-}
-
-inline QStringList linesOf(const QString& path)
-{
-    const QByteArray content = contentOf(path);
-    return QString::fromUtf8(content.constData(), content.size()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
 /// Runs `work` in a child process and expects that it comes to its end and that nothing fails in it.

@@ -2,7 +2,11 @@
 
 #include "Files.h"
 
+#include <Orv/Log/LogRollout.h>
+
+#include <QDateTime>
 #include <QDir>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
@@ -32,6 +36,12 @@ protected:
             result.push_back(contentOf(place.filePath(name)).toStdString());
         std::rotate(result.begin(), result.begin() + (result.empty() ? 0 : 1), result.end()); // "log." before "log_"
         return result;
+    }
+
+    void clear() const
+    {
+        QDir(m_folder.path()).removeRecursively();
+        QDir().mkpath(m_folder.path());
     }
 
     const QTemporaryDir m_folder;
@@ -65,6 +75,33 @@ void limitFileSize(rlim_t size)
 
 } // namespace
 
+TEST_F(LogFileTest, RotatedNameHasTheTimeAndIsNotOverwritten)
+{
+    const auto time = [](int seconds) {
+        return QDateTime::currentDateTime().addSecs(seconds).toString(QStringLiteral("yyyyMMddhhmmss")).toStdString();
+    };
+    const auto back = qScopeGuard([path = QDir::currentPath()] { QDir::setCurrent(path); });
+    const std::pair<const char*, std::string> rows[] = {
+        {"log_A.log", "log_A_"}, {"log_A.text", "log_A._"}, {"gr\u00f6\u00dfe.log", "gr\u00f6\u00dfe_"}, {"abc", "_"}};
+    for (const auto& [before, prefix] : rows) {
+        clear();
+        QDir::setCurrent(m_folder.path());
+        writeFile(QString::fromUtf8(before), "content");
+        const std::string earliest = prefix + time(0) + ".log";
+        logsRollout(before, 0);
+        const std::string latest = prefix + time(0) + ".log";
+        const std::string name = QDir().entryList(QDir::Files | QDir::Hidden).join('|').toStdString();
+        EXPECT_TRUE(earliest <= name && name <= latest) << name;
+    }
+    writeFile(QStringLiteral("log.log"), "content");
+    for (int second = 0; second < 60; ++second) // whichever second it is by then, there is a file of the new name
+        writeFile(QString::fromStdString("log_" + time(second) + ".log"), "older");
+    logsRollout("log.log", 0);
+    logsRollout("none.log", 0);
+    EXPECT_EQ(contentOf(QStringLiteral("log.log")), "content");
+    EXPECT_EQ(QDir().entryList(QDir::Files).size(), 62);
+}
+
 TEST_F(LogFileTest, IsRotatedWithTheEntryThatFillsIt)
 {
     using Texts = std::vector<std::string>;
@@ -73,8 +110,7 @@ TEST_F(LogFileTest, IsRotatedWithTheEntryThatFillsIt)
         {"whole\n", {"b\n"}, {"whole\nb\n"}}, {"cut", {"b\n"}, {"cut\nb\n"}},
         {"full from before", {}, {"full from before", ""}}};
     for (const auto& [before, entries, after] : rows) {
-        QDir(m_folder.path()).removeRecursively();
-        QDir().mkpath(m_folder.path());
+        clear();
         writeFile(m_folder.filePath(QStringLiteral("log.log")), before);
         LogFile log(path("log.log"), MaxSize);
         for (const std::string& entry : entries)

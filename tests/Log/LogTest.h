@@ -3,19 +3,23 @@
 #include "Log/ChildProcess.h"
 
 #include <Orv/Log/LogManager.h>
+#include <Orv/Log/MessageHandlers.h>
 #include <Orv/Log/OrvDebug.h>
 
 #include <QDir>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <atomic>
+#include <csignal>
+#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <sys/stat.h>
 
 using Orv::LogManager;
 using Orv::OrvDebug;
@@ -26,66 +30,57 @@ using Lines = std::vector<std::string>;
 /// A directory for logs, and what they hold. The log is configured in child processes: that works once a process.
 class LogTest : public testing::Test {
 protected:
-    QString path(const QString& name) const { return QDir(m_folder.path()).filePath(name); }
-    QString log(const QString& folder = QString()) const
-    {
-        return QDir(path(folder)).filePath(QStringLiteral("log_DOV_LOG.log"));
-    }
-    QString shadow() const { return path(QStringLiteral("shadow.log")); }
-    QString output() const { return path(QStringLiteral("output")); }
+    QString path(const char* name) const { return m_folder.filePath(QLatin1String(name)); }
+    QString log() const { return path("log_DOV_LOG.log"); }
+    QString shadow() const { return path("shadow.log"); }
+    QString output() const { return path("output"); }
 
-    /// The paths of the rotated logs, the oldest first.
-    QStringList rotated(const QString& folder = QString()) const
+    /// The paths of the ordinary log's files, the oldest first.
+    QStringList logs() const
     {
         QStringList paths;
-        for (const QString& name : QDir(path(folder)).entryList({QStringLiteral("log_DOV_LOG_*.log")}))
-            paths += QDir(path(folder)).filePath(name);
-        return paths;
+        for (const QString& name : QDir(m_folder.path()).entryList({QStringLiteral("log_DOV_LOG_*.log")}))
+            paths += m_folder.filePath(name);
+        return paths + QStringList(log());
     }
 
-    /// Configures the log in the test's directory or one below it, with the file on.
-    LogManager& manager(const QString& folder = QString()) const
+    /// Sets the log up in the test's directory, with the file on.
+    LogManager& manager(bool hasShadow = false) const
     {
         LogManager& manager = LogManager::instance();
-        manager.setLogPath(path(folder));
+        manager.setLogPath(m_folder.path());
         manager.setOutToFile(true);
+        manager.setEnableShadow(hasShadow);
+        manager.setShadowFilePath(shadow());
         return manager;
     }
 
-    LogManager& managerWithShadow(const QString& folder = QString()) const
+    /// The lines of files without the date and time, and with N for the number of the thread, which depends on what the
+    /// process did before.
+    static Lines entries(const QStringList& paths)
     {
-        manager(folder).setEnableShadow(true);
-        manager(folder).setShadowFilePath(shadow());
-        return manager(folder);
-    }
-
-    /// The lines of a log without the date and time, which are checked here, and with N for the number of the thread,
-    /// which depends on what the process did before.
-    static Lines entries(const QString& path)
-    {
-        static const QRegularExpression time(QStringLiteral("^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d,\\d{6} "));
-        static const QRegularExpression thread(QStringLiteral("\\] \\[ \\d+ \\] "));
         Lines result;
-        for (const QString& line : linesOf(path)) {
-            const auto match = time.match(line);
-            QString entry = match.hasMatch() ? line.mid(match.capturedLength()) : line;
-            result.push_back(entry.replace(thread, QStringLiteral("] [ N ] ")).toStdString());
+        for (const QString& path : paths) {
+            std::ifstream file(path.toStdString());
+            for (std::string line; std::getline(file, line); result.push_back(line)) {
+                int end = 0; // of "2024-01-31 23:59:59,123456"
+                std::sscanf(line.c_str(), "%*4d-%*2d-%*2d %*2d:%*2d:%*2d,%*6d%n", &end);
+                line.erase(0, end == 26 ? 27 : 0);
+                const std::size_t thread = line.find("] [ ");
+                if (thread != std::string::npos)
+                    line.replace(thread, line.find(" ]", thread + 3) - thread, "] [ N");
+            }
         }
         return result;
     }
 
-    /// What `work` in a child process leaves in a new log.
+    /// What `work` in a child process leaves in new logs.
     Lines logged(const std::function<void()>& work) const
     {
-        for (const QString& file : rotated() + QStringList{log(), output()})
+        for (const QString& file : logs() + QStringList{shadow(), output()})
             QFile::remove(file);
         expectInChild(work, output());
-        Lines lines;
-        for (const QString& file : rotated() + QStringList(log())) {
-            const Lines more = entries(file);
-            lines.insert(lines.end(), more.begin(), more.end());
-        }
-        return lines;
+        return entries(logs());
     }
 
     QTemporaryDir m_folder;

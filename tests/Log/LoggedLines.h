@@ -19,8 +19,6 @@ public:
 
     /// What has come since the last call.
     QStringList take() { return std::exchange(all(), {}); }
-    /// Category, function and line number of the last one.
-    QString lastOrigin() const { return origin(); }
 
 private:
     static QStringList& all()
@@ -29,18 +27,11 @@ private:
         return lines;
     }
 
-    static QString& origin()
-    {
-        static QString last;
-        return last;
-    }
-
-    static void add(QtMsgType type, const QMessageLogContext& context, const QString& text)
+    static void add(QtMsgType type, const QMessageLogContext&, const QString& text)
     {
         static const char* const names[] = {"debug", "warning", "error", "fatal", "info"}; // in the order of QtMsgType
         static const QRegularExpression prefix(QStringLiteral("^\\[ ORV \\] \\[ \\d+ \\] "));
         all() += QStringLiteral("%1: %2").arg(QLatin1String(names[type]), QString(text).remove(prefix));
-        origin() = QStringLiteral("%1:%2:%3").arg(context.category, context.function).arg(context.line);
     }
 };
 

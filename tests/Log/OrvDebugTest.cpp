@@ -1,77 +1,71 @@
-#include <Orv/Log/OrvDebug.h>
+#include "Log/LogTest.h"
 
-#include "Log/ChildProcess.h"
-#include "Log/LoggedLines.h"
+#include <algorithm>
+#include <array>
 
-#include <QTemporaryDir>
+using OrvDebugTest = LogTest;
 
-#include <gtest/gtest.h>
-
-#include <mutex>
-#include <set>
-#include <thread>
-
-using Orv::OrvDebug;
-using Orv::OrvFullDebug;
-
-TEST(OrvDebug, SeveritiesAndCategories)
+TEST_F(OrvDebugTest, LevelsDecideWhatIsWritten)
 {
-    const std::tuple<QDebug (OrvDebug::*)() const, const char*, const char*> rows[] = {
-        {&OrvDebug::debug, "debug", "d.orv.log"}, {&OrvDebug::debugOnly, "debug", "d.orv.log"},
-        {&OrvDebug::info, "info", "0.orv.log"}, {&OrvDebug::infoH, "info", "1.orv.log"},
-        {&OrvDebug::warning, "warning", "default"}, {&OrvDebug::critical, "error", "default"},
-        {&OrvDebug::error, "error", "default"}};
-    LoggedLines lines;
-    const OrvDebug log("Engine");
-    for (const auto& [open, type, category] : rows) {
-        (log.*open)() << QStringLiteral("a \"text\"") << 7;
-        EXPECT_EQ(
-            lines.take(), QStringList(QStringLiteral("%1: [ Engine ] [ %2 ] a \"text\" 7").arg(type).arg(threadId())));
-        EXPECT_EQ(lines.lastOrigin(), QStringLiteral("%1::0").arg(category));
+    const std::tuple<QDebug (OrvDebug::*)() const, const char*, const char*> openers[] = {
+        {&OrvDebug::debug, "DEBUG", "d.orv.log"}, {&OrvDebug::debugOnly, "DEBUG", "d.orv.log"},
+        {&OrvDebug::infoH, "INFO", "1.orv.log"}, {&OrvDebug::info, "INFO", "0.orv.log"},
+        {&OrvDebug::warning, "WARNING", "default"}, {&OrvDebug::critical, "ERROR", "default"},
+        {&OrvDebug::error, "ERROR", "default"}};
+    const auto debugOff = static_cast<LogManager::LogLevel>(-1); // setDebug(false)
+    const std::pair<std::vector<LogManager::LogLevel>, int> rows[] = {{{}, 4}, {{LogManager::Disabled}, 0},
+        {{LogManager::Info}, 4}, {{LogManager::InfoHigh}, 5}, {{LogManager::Debug}, 7},
+        {{LogManager::Debug, static_cast<LogManager::LogLevel>(9)}, 4}, {{LogManager::Debug, debugOff}, 5},
+        {{LogManager::InfoHigh, LogManager::Disabled}, 0},
+        {{LogManager::InfoHigh, LogManager::Disabled, LogManager::Info}, 4}};
+    for (const auto& [levels, count] : rows) {
+        Lines expected;
+        for (auto opener = std::end(openers) - count; opener != std::end(openers); ++opener) {
+            expected.push_back(std::string("[") + std::get<1>(*opener) + "]: [ Engine ] [ N ] a \"text\" 7");
+            expected.insert(
+                expected.end(), {"\tFunction: ", std::string("\tCategory: ") + std::get<2>(*opener), "\tLine: 0"});
+        }
+        const auto work = [&, &levels = levels] {
+            for (const auto level : levels)
+                level == debugOff ? manager().setDebug(false) : manager().setLogLevel(level);
+            EXPECT_EQ(manager().isDebug(), !levels.empty() && levels.back() == LogManager::Debug);
+            manager().setVerbose(true);
+            manager().init();
+            for (const auto& opener : openers)
+                (OrvDebug("Engine").*std::get<0>(opener))() << QStringLiteral("a \"text\"") << 7;
+        };
+        EXPECT_EQ(logged(work), expected) << testing::PrintToString(levels);
+        EXPECT_EQ(contentOf(output()).size(), 0);
     }
-    EXPECT_EQ(log.debugOnly().verbosity(), 0);
-    EXPECT_EQ(log.debug().verbosity(), QDebug::DefaultVerbosity);
+    EXPECT_EQ(OrvDebug("a").debugOnly().verbosity(), 0);
+    EXPECT_EQ(OrvDebug("a").debug().verbosity(), QDebug::DefaultVerbosity);
 }
 
-TEST(OrvDebug, ThreadNumbersFollowFirstUse)
+TEST_F(OrvDebugTest, ThreadNumbersFollowFirstUse)
 {
     const quint64 ofParent = threadId();
     expectInChild([ofParent] {
         QLoggingCategory::setFilterRules(QStringLiteral("d.orv.log.debug=false"));
         const quint64 own = threadId();
         EXPECT_GT(own, ofParent) << "a forked process has a thread of its own";
-        std::thread([] { OrvDebug("a").debug() << "off"; }).join(); // numbers its thread all the same
-        std::vector<std::thread> threads;
-        std::set<quint64> numbers;
-        std::mutex mutex;
-        for (int i = 0; i < 8; ++i) {
-            threads.emplace_back([&] {
-                const quint64 number = threadId();
-                const std::lock_guard<std::mutex> lock(mutex);
-                numbers.insert(number);
-            });
-        }
-        for (std::thread& thread : threads)
-            thread.join();
-        EXPECT_EQ(numbers.size(), 8u);
-        EXPECT_EQ(*numbers.begin(), own + 2);
-        EXPECT_EQ(*numbers.rbegin(), own + 9) << "no gaps";
+        inThreads(1, [](int) { OrvDebug("a").debug() << "off"; }); // numbers its thread all the same
+        std::array<quint64, 8> numbers{};
+        inThreads(8, [&numbers](int thread) { numbers[std::size_t(thread)] = threadId(); });
+        std::sort(numbers.begin(), numbers.end());
+        for (std::size_t i = 0; i < numbers.size(); ++i)
+            EXPECT_EQ(numbers[i], own + 2 + i);
         EXPECT_EQ(threadId(), own);
     });
 }
 
-TEST(OrvDebug, OutputGoesPastTheLog)
+TEST_F(OrvDebugTest, OutputGoesPastTheLog)
 {
-    const QTemporaryDir folder;
-    const QString output = folder.filePath(QStringLiteral("output"));
-    expectInChild(
-        [] {
-            LoggedLines lines;
-            const OrvFullDebug timing("a", QStringLiteral("nothing of this")); // is silent
-            OrvDebug::output() << "plain";
-            OrvDebug::output() << " text" << 7;
-            EXPECT_EQ(lines.take(), QStringList());
-        },
-        output);
-    EXPECT_EQ(contentOf(output), "plain text7");
+    EXPECT_EQ(logged([this] {
+        manager().init();
+        const Orv::OrvFullDebug timing("a", QStringLiteral("nothing of this")); // is silent
+        OrvDebug::output() << "plain";
+        OrvDebug::output() << " text" << 7;
+    }),
+        Lines());
+    EXPECT_EQ(contentOf(output()), "plain text7");
 }

@@ -33,27 +33,25 @@ struct LateLogger {
 };
 LateLogger lateLogger;
 
-std::vector<void (*)(int)> signalHandlers()
-{
-    std::vector<void (*)(int)> handlers;
-    for (const int signal : {SIGABRT, SIGBUS, SIGFPE, SIGHUP, SIGILL, SIGINT, SIGPIPE, SIGSEGV, SIGTERM}) {
-        struct sigaction action { };
-        ::sigaction(signal, nullptr, &action);
-        handlers.push_back(action.sa_handler);
-    }
-    return handlers;
-}
-
-/// One that is opened takes the lowest free number, which then is that of standard output.
-bool opensADescriptor()
+/// A descriptor that is opened takes the number of standard output, which is closed.
+bool hasStandardOutput()
 {
     return ::fcntl(STDOUT_FILENO, F_GETFD) >= 0;
 }
 
-int failed(const char* what)
+/// What loading could change: handlers of signals and of messages, descriptors, files.
+std::vector<std::uintptr_t> state()
 {
-    std::fprintf(stderr, "%s\n", what);
-    return 1;
+    std::vector<std::uintptr_t> values;
+    for (const int signal : {SIGABRT, SIGBUS, SIGFPE, SIGHUP, SIGILL, SIGINT, SIGPIPE, SIGSEGV, SIGTERM}) {
+        struct sigaction action { };
+        ::sigaction(signal, nullptr, &action);
+        values.push_back(reinterpret_cast<std::uintptr_t>(action.sa_handler));
+    }
+    values.push_back(reinterpret_cast<std::uintptr_t>(qInstallMessageHandler(nullptr)));
+    values.push_back(hasStandardOutput());
+    values.push_back(std::uintptr_t(QDir(lateLogger.folder.path()).count()));
+    return values;
 }
 
 } // namespace
@@ -62,27 +60,18 @@ int main(int argc, char* argv[])
 {
     QDir::setCurrent(lateLogger.folder.path());
     ::close(STDOUT_FILENO);
-    const auto signalsBefore = signalHandlers();
-    const QtMessageHandler messagesBefore = qInstallMessageHandler(nullptr);
-
+    const auto before = state();
     void* module = ::dlopen(argv[1], RTLD_NOW);
-    if (!module)
-        return failed(::dlerror());
-    if (opensADescriptor())
-        return failed("loading opens a descriptor");
-    if (signalHandlers() != signalsBefore)
-        return failed("loading installs a signal handler");
-    if (qInstallMessageHandler(nullptr) != messagesBefore)
-        return failed("loading installs a message handler");
-    if (!QDir(lateLogger.folder.path()).isEmpty())
-        return failed("loading creates a file");
+    if (!module || state() != before) {
+        std::fprintf(stderr, "%s\n", module ? "loading changes something" : ::dlerror());
+        return 1;
+    }
     if (argc == 2)
         return 0;
-
     const auto setUpLog = reinterpret_cast<void (*)(const char*)>(::dlsym(module, "setUpLog"));
     setUpLog(QFile::encodeName(lateLogger.folder.path()).constData());
-    if (opensADescriptor())
-        return failed("the log takes the place of standard output");
+    if (hasStandardOutput())
+        std::fputs("the log takes the place of standard output\n", stderr);
     ::dlclose(module);
     qWarning("still logged");
     lateLogger.armed = true;
