@@ -1,36 +1,24 @@
 #include "Log/LogFile_p.h"
 
-#include "Files.h"
+#include "Log/LogTest.h"
 
 #include <Orv/Log/LogRollout.h>
 
 #include <QDateTime>
-#include <QDir>
 #include <QScopeGuard>
-#include <QTemporaryDir>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <csignal>
-
-#include <fcntl.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-using testing::ElementsAre;
 
 namespace {
 
-class LogFileTest : public testing::Test {
+class LogFileTest : public LogTest {
 protected:
-    std::string path(const char* name) const { return m_folder.filePath(QLatin1String(name)).toStdString(); }
+    std::string path(const char* name) const { return LogTest::path(name).toStdString(); }
 
     /// What the files of a directory hold: the rotated ones, the oldest first, and then the current one.
     std::vector<std::string> contents(const char* folder = ".") const
     {
-        const QDir place(m_folder.filePath(QLatin1String(folder)));
+        const QDir place(LogTest::path(folder));
         std::vector<std::string> result;
         for (const QString& name : place.entryList(QDir::Files, QDir::Name))
             result.push_back(contentOf(place.filePath(name)).toStdString());
@@ -43,8 +31,6 @@ protected:
         QDir(m_folder.path()).removeRecursively();
         QDir().mkpath(m_folder.path());
     }
-
-    const QTemporaryDir m_folder;
 };
 
 constexpr std::size_t MaxSize = 10;
@@ -111,7 +97,7 @@ TEST_F(LogFileTest, IsRotatedWithTheEntryThatFillsIt)
         {"full from before", {}, {"full from before", ""}}};
     for (const auto& [before, entries, after] : rows) {
         clear();
-        writeFile(m_folder.filePath(QStringLiteral("log.log")), before);
+        writeFile(LogTest::path("log.log"), before);
         LogFile log(path("log.log"), MaxSize);
         for (const std::string& entry : entries)
             log.append(entry);
@@ -122,13 +108,13 @@ TEST_F(LogFileTest, IsRotatedWithTheEntryThatFillsIt)
 
 TEST_F(LogFileTest, OpensTheFileAgainWhenThatIsPossible)
 {
-    writeFile(m_folder.filePath(QStringLiteral("folder")), {}); // where not even root can make anything then
+    writeFile(LogTest::path("folder"), {}); // where not even root can make anything then
     LogFile log(path("folder/log.log"), MaxSize);
     log.append("lost\n");
     EXPECT_EQ(::unlink(path("folder").c_str()), 0);
     log.append("kept\n");
     EXPECT_THAT(contents("folder"), ElementsAre("kept\n"));
-    QDir(m_folder.filePath(QStringLiteral("folder"))).removeRecursively();
+    QDir(LogTest::path("folder")).removeRecursively();
     log.append("in the deleted file\n");
     log.append("last\n");
     EXPECT_THAT(contents("folder"), ElementsAre("last\n"));

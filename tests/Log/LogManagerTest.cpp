@@ -1,7 +1,5 @@
 #include "Log/LogTest.h"
 
-#include <QScopeGuard>
-
 #include <algorithm>
 #include <iostream>
 #include <new>
@@ -38,14 +36,19 @@ void operator delete(void* memory, std::size_t) noexcept
 
 TEST_F(LogManagerTest, NothingIsWrittenUnlessAsked)
 {
-    expectInChild([this] {
-        LogManager::instance().setLogPath(m_folder.path());
-        LogManager::instance().setEnableShadow(true); // without a path
+    const auto work = [this] {
+        manager().setOutToFile(false);
+        LogManager::instance().setEnableShadow(true);
+        LogManager::instance().setShadowFilePath({});
         LogManager::instance().init();
         qInfo("text");
         EXPECT_EQ(qInstallMessageHandler(nullptr), messageHandler);
-    });
-    EXPECT_TRUE(QDir(m_folder.path()).isEmpty());
+        const Orv::OrvFullDebug timing("a", QStringLiteral("nothing of this"));
+        OrvDebug::output() << "plain text" << 7;
+    };
+    EXPECT_EQ(logged(work), Lines());
+    EXPECT_EQ(contentOf(output()), "plain text7");
+    EXPECT_EQ(QDir(m_folder.path()).entryList(QDir::Files), QStringList(QStringLiteral("output")));
 }
 
 TEST_F(LogManagerTest, StandardOutputAndRawOutput)
@@ -104,16 +107,14 @@ TEST_F(LogManagerTest, EntriesAreWrittenAsTheyAre)
         qWarning(" libpng");
         qInfo("libpng");
         messageHandler(static_cast<QtMsgType>(5), QMessageLogContext(), QStringLiteral("unknown"));
-        static const auto late = qScopeGuard([] { OrvDebug("late").info() << "from a static destructor"; });
         manager().setVerbose(true);
         QMessageLogger("file.cpp", 42, "void f(%1)", "some.%2").info("%s", "/a%2Fb%1 %datetime %msg");
         OrvDebug("a").info() << QString(QLatin1String("n\0ll", 4));
-        manager().setVerbose(false);
     };
     EXPECT_THAT(logged(work),
         ElementsAre("[WARNING]: LIBPNG", "[WARNING]:  libpng", "[INFO]: libpng", "[INFO]: /a%2Fb%1 %datetime %msg",
             "\tFunction: void f(%1)", "\tCategory: some.%2", "\tLine: 42", std::string("[INFO]: [ a ] [ N ] n\0ll", 24),
-            "\tFunction: ", "\tCategory: 0.orv.log", "\tLine: 0", "[INFO]: [ late ] [ N ] from a static destructor"));
+            "\tFunction: ", "\tCategory: 0.orv.log", "\tLine: 0"));
 }
 
 TEST_F(LogManagerTest, FatalIsInEachLogBeforeTheEnd)

@@ -44,12 +44,13 @@ protected:
         return paths + QStringList(log());
     }
 
-    /// Sets the log up in the test's directory, with the file on.
+    /// Sets the log up in the test's directory, with the file and the crash handler on.
     LogManager& manager(bool hasShadow = false) const
     {
         LogManager& manager = LogManager::instance();
         manager.setLogPath(m_folder.path());
         manager.setOutToFile(true);
+        manager.setCrashHandler(true);
         manager.setEnableShadow(hasShadow);
         manager.setShadowFilePath(shadow());
         return manager;

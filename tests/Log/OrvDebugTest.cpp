@@ -57,15 +57,3 @@ TEST_F(OrvDebugTest, ThreadNumbersFollowFirstUse)
         EXPECT_EQ(threadId(), own);
     });
 }
-
-TEST_F(OrvDebugTest, OutputGoesPastTheLog)
-{
-    EXPECT_EQ(logged([this] {
-        manager().init();
-        const Orv::OrvFullDebug timing("a", QStringLiteral("nothing of this")); // is silent
-        OrvDebug::output() << "plain";
-        OrvDebug::output() << " text" << 7;
-    }),
-        Lines());
-    EXPECT_EQ(contentOf(output()), "plain text7");
-}

@@ -6,24 +6,30 @@
 
 namespace Orv {
 
-/// The logging set-up of the process: set the options, then call `init()`, once, early, on the start-up thread.
+/// The logging configuration of the process: set the options, then call `init()`, once, early, on the start-up thread.
 ///
-/// Until then messages go to Qt's default handler, and loading the library alone changes nothing. Afterwards every Qt
-/// message of the process is written, one entry each, as "date time [LEVEL]: text" with microseconds,
-/// - to the file "log_" + prefix + ".log" in the log folder, if `setOutToFile(true)`; at 2097152 bytes it is moved
-///   aside under a name with the time (see `logsRollout`), and a new one begun;
-/// - to standard output, if `setOutToStream(true)`;
-/// - to the shadow log, if there is one, which is never moved aside and stays on when the log is disabled.
+/// Until then messages go to Qt's default handler, and loading the library alone changes nothing: it opens no file and
+/// installs nothing. Afterwards every Qt message of the process is written, one entry each, as "date time [LEVEL]: text"
+/// with microseconds,
+/// - to the file "log_" + prefix + ".log" in the log directory, if `setOutToFile(true)`; the entry that takes it to
+///   2097152 bytes is its last: it is rotated, that is renamed with the time (see `logsRollout`), and a new one begun;
+/// - to standard output, if `setOutToStream(true)`; with colors if that is a terminal when `init()` is called;
+/// - to the shadow log, if there is one, which is never rotated and stays on when the log is disabled.
 ///
-/// Logging never ends or blocks the process (but for fatal messages), whatever becomes of the file:
-/// - A log folder that does not exist is made. If it cannot be, or a file cannot be written, entries for it are
-///   dropped until it can be opened: every entry tries again, so the log goes on by itself once the cause is gone.
-/// - On a full disk entries are dropped, the last one perhaps cut short, until there is room again.
-/// - Several threads may write during a roll-over: their entries stay whole and go to the old file or the new one.
-/// - Entries for a file that is deleted while it is open go with it, until the next roll-over or `reconfigure()`.
-/// Nothing reports such trouble: look at the file. It has to be an ordinary file: a pipe without a reader blocks.
+/// Logging never ends or blocks the process (but for fatal messages), whatever happens to the file:
+/// - No entry is lost at a rotation, however many threads log. While the new name is taken (a second rotation within a
+///   second) or the directory refuses the renaming, the file keeps growing, and each entry tries again.
+/// - A log directory that does not exist is created. If it cannot be, or a file cannot be written, entries for it are
+///   dropped until it can be opened: every entry tries again, so the log resumes once the cause is gone.
+/// - On a full disk entries are dropped, the last one perhaps cut short. The next entry that is written begins a line.
+/// - An entry for which there is no memory, or whose output throws, is dropped. Other threads are not held up.
+/// - Entries for a file that is deleted while it is open go with it, until it is full or `reconfigure()` is called.
+/// - A pipe in the place of a file that nobody reads loses entries. Standard output is waited for, though.
 ///
-/// End your threads before `main` returns: a message that is logged while the process's statics go may find Qt gone.
+/// Nothing reports such trouble: look at the file. Log files are opened for append and not inherited by programs that
+/// are executed. A child process of `fork()` logs to the same files; `fork()` waits for the entry that is being written.
+///
+/// Messages may come as late as from static destructors, as long as Qt lives.
 ///
 /// The setters are not thread-safe and only store; `init()` and `reconfigure()` apply. Logging from any thread is safe.
 class ORV_EXPORT LogManager {
@@ -55,7 +61,7 @@ public:
     void setCrashHandler(bool enable);
     /// Whether debug lines are written. `setLogLevel` sets it too: the last call wins. Default: false.
     void setDebug(bool enable);
-    /// The folder of the log file. Empty means the root of the file system.
+    /// The directory of the log file, taken as it is ("%1" and the like have no meaning). Empty means the root of the file system.
     void setLogPath(const QString& path);
     /// What is written, debug lines included: see `setDebug`. Without a call it is as `Info`.
     void setLogLevel(LogLevel level);

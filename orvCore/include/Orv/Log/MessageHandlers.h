@@ -9,7 +9,7 @@
 /// debug DEBUG, info INFO, warning WARNING, critical ERROR, fatal FATAL; a fatal message ends the process by `abort()`
 /// once it is written. Warnings that begin with "libpng" are dropped, and so are types that Qt does not have.
 ///
-/// Thread-safe. Once the logging back end is gone, late in the process's exit, messages go to Qt's default handler.
+/// Thread-safe. A message for which there is no memory is dropped.
 ORV_EXPORT void messageHandler(QtMsgType type, const QMessageLogContext& context, const QString& message);
 
 /// The handler that `LogManager` installs with a shadow log: as `messageHandler`, once to each log. The shadow log gets
@@ -17,6 +17,5 @@ ORV_EXPORT void messageHandler(QtMsgType type, const QMessageLogContext& context
 ORV_EXPORT void messageHandlerShadow(QtMsgType type, const QMessageLogContext& context, const QString& message);
 
 /// The text of an entry: the message alone, or, in verbose mode, the message followed by a line each for the function,
-/// the category and the line number of its origin. In that mode a message with marks such as "%1" of its own is
-/// garbled: they are filled in with the origin, and the text's own marks with what follows. `type` is not used.
+/// the category and the line number of its origin. `type` is not used.
 ORV_EXPORT QString logFormat(QtMsgType type, const QMessageLogContext& context, const QString& message);
