@@ -91,6 +91,7 @@ void addFrames(SignalText& text)
     text.add("\n    ======= Backtrace: =========");
     addFrames(text);
     writeFromSignal({DefaultLog, ShadowLog}, "FATAL", text.text());
+    std::raise(SIGABRT); // not at once abort(), which may flush streams that another thread holds
     std::abort();
 }
 
