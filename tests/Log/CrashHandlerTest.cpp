@@ -8,6 +8,8 @@
 #include <ctime>
 #include <map>
 
+#include <search.h>
+
 namespace {
 
 class CrashHandlerTest : public LogTest {
@@ -63,12 +65,13 @@ TEST_F(CrashHandlerTest, CrashesAreReported)
         EXPECT_EQ(runInChild(work).signal, SIGABRT);
         EXPECT_THAT(entries({log()}), testing::Contains(testing::HasSubstr(name)));
     }
-    const auto sorting = [&] {
+    const auto searching = [&] {
         manager().init();
         int numbers[] = {1, 2};
-        std::qsort(numbers, 2, sizeof(int), crashOnCompare);
+        std::size_t count = 2;
+        ::lfind(numbers, numbers, &count, sizeof(int), crashOnCompare);
     };
-    expectReport(log(), sorting, "qsort");
+    expectReport(log(), searching, "lfind");
     const auto overflowing = [&] {
         manager().init();
         const volatile char first = 1;

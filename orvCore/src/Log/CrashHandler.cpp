@@ -73,10 +73,11 @@ void addFrames(SignalText& text)
 
     // Whatever may still block, the process ends.
     std::signal(SIGALRM, SIG_DFL);
-    sigset_t alarm;
-    sigemptyset(&alarm);
-    sigaddset(&alarm, SIGALRM);
-    ::pthread_sigmask(SIG_UNBLOCK, &alarm, nullptr);
+    sigset_t ending;
+    sigemptyset(&ending);
+    sigaddset(&ending, SIGALRM);
+    sigaddset(&ending, SIGABRT);
+    ::pthread_sigmask(SIG_UNBLOCK, &ending, nullptr);
     ::alarm(TimeForTheReport);
 
     LogLock::takeIfPossible();
