@@ -66,7 +66,7 @@ TEST_F(LogManagerTest, StandardOutputAndRawOutput)
     const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
     ASSERT_TRUE(::grantpt(terminal) == 0 && ::unlockpt(terminal) == 0);
     const int open = ::open(::ptsname(terminal), O_RDWR | O_NOCTTY); // or what was shown would be lost
-    expectInChild(stream, QString::fromLocal8Bit(::ptsname(terminal)));
+    EXPECT_EQ(runInChild(stream, QString::fromLocal8Bit(::ptsname(terminal))).exitCode, 0);
     char shown[6] = "";
     EXPECT_EQ(::read(terminal, shown, 5), 5);
     EXPECT_STREQ(shown, "\x1b[36m");
