@@ -8,7 +8,8 @@
 /// shadow log, and ends the process by `abort()`. Exported functions have their names in the frames, mangled in C++
 /// (`c++filt` reads them); others the file and the offset in it, which `addr2line` reads.
 ///
-/// - The report neither allocates memory nor waits for a lock, so it also comes when the crash happened inside `malloc()`
+/// - The report neither allocates memory nor waits for a lock, so it also comes when the crash happened inside
+/// `malloc()`
 ///   or inside the log. Should anything block after all, SIGALRM ends the process after 4 seconds.
 /// - A stack overflow can only be reported by a thread that has an alternate stack. The thread that calls
 ///   `LogManager::init()` gets one, unless it has one; other threads give themselves one of at least 64 KiB by

@@ -9,8 +9,8 @@ namespace Orv {
 /// The logging configuration of the process: set the options, then call `init()`, once, early, on the start-up thread.
 ///
 /// Until then messages go to Qt's default handler, and loading the library alone changes nothing: it opens no file and
-/// installs nothing. Afterwards every Qt message of the process is written, one entry each, as "date time [LEVEL]: text"
-/// with microseconds,
+/// installs nothing. Afterwards every Qt message of the process is written, one entry each, as "date time [LEVEL]:
+/// text" with microseconds,
 /// - to the file "log_" + prefix + ".log" in the log directory, if `setOutToFile(true)`; the entry that takes it to
 ///   2097152 bytes is its last: it is rotated, that is renamed with the time (see `logsRollout`), and a new one begun;
 /// - to standard output, if `setOutToStream(true)`; with colors if that is a terminal when `init()` is called;
@@ -27,7 +27,8 @@ namespace Orv {
 /// - A pipe in the place of a file that nobody reads loses entries. Standard output is waited for, though.
 ///
 /// Nothing reports such trouble: look at the file. Log files are opened for append and not inherited by programs that
-/// are executed. A child process of `fork()` logs to the same files; `fork()` waits for the entry that is being written.
+/// are executed. A child process of `fork()` logs to the same files; `fork()` waits for the entry that is being
+/// written.
 ///
 /// Messages may come as late as from static destructors, as long as Qt lives.
 ///
@@ -61,7 +62,8 @@ public:
     void setCrashHandler(bool enable);
     /// Whether debug lines are written. `setLogLevel` sets it too: the last call wins. Default: false.
     void setDebug(bool enable);
-    /// The directory of the log file, taken as it is ("%1" and the like have no meaning). Empty means the root of the file system.
+    /// The directory of the log file, taken as it is ("%1" and the like have no meaning). Empty means the root of the
+    /// file system.
     void setLogPath(const QString& path);
     /// What is written, debug lines included: see `setDebug`. Without a call it is as `Info`.
     void setLogLevel(LogLevel level);
