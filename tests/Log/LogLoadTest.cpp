@@ -47,8 +47,10 @@ TEST_F(LogLoad, ForkedProcessesLog)
         manager().init();
         std::atomic<bool> done{false};
         inThreads(4, [&](int thread) {
-            while (thread > 0 && !done)
-                std::thread([] { OrvDebug("a").info() << "text"; }).join(); // takes every lock of a line
+            while (thread > 1 && !done)
+                qInfo("text");
+            while (thread == 1 && !done)
+                std::thread([] { OrvDebug("a").info() << "text"; }).join(); // takes the lock of the thread numbers too
             for (int i = 0; thread == 0 && i < Children && !HasFailure(); ++i) {
                 const Ending ending = runInChild([] {
                     OrvDebug("a").info() << "child";
