@@ -278,17 +278,18 @@ TEST(Encryptor, WriteToReportsEachFailure)
 
 TEST(Encryptor, SecondStreamStartsClean)
 {
-    const auto encryptor = makeEncryptor(Aes, bufferOf("the first"));
+    const auto encryptor = makeEncryptor(Aes.inverse(), bufferOf(transformed(Aes, "the first")));
     const QByteArray first = readAll(*encryptor);
+    const QByteArray other = transformed(Aes, QByteArray(100, 'x')); // whose last block waits for the end
     for (const int consumed : {0, 20}) { // bytes; the third stream replaces one that was not read to its end
-        encryptor->setSource(bufferOf(QByteArray(100, 'x')));
+        encryptor->setSource(bufferOf(other));
         EXPECT_TRUE(encryptor->init());
         EXPECT_FALSE(encryptor->atEnd());
         EXPECT_EQ(encryptor->bytesRead(), 0);
         char data[64];
-        EXPECT_EQ(encryptor->readData(data, consumed), consumed);
+        EXPECT_LE(encryptor->readData(data, consumed), consumed);
     }
-    encryptor->setSource(bufferOf("the first"));
+    encryptor->setSource(bufferOf(transformed(Aes, "the first")));
     EXPECT_TRUE(encryptor->init());
     EXPECT_EQ(readAll(*encryptor), first);
 }
@@ -418,25 +419,26 @@ TEST(Encryptor, WipesKeyAndData)
 {
     if (!QFile::exists(QStringLiteral("/proc/self/maps")))
         GTEST_SKIP() << "this system does not show a process its memory";
-    const QByteArray invertedKey = Key::random(32), invertedText = Key::random(100);
+    const QByteArray invertedKey = Key::random(32), invertedText = Key::random(100).repeated(600);
     const auto invert = [](QByteArray bytes) {
         for (char& byte : bytes)
             byte = static_cast<char>(~byte);
         return bytes;
     };
-    for (const bool isAlive : {true, false}) {
+    for (const bool isAlive : {false, true}) { // in this order, since a search leaves copies of what it finds
         Cipher cipher = {Aes256, Cbc, invert(invertedKey), Aes.iv};
         QByteArray text = invert(invertedText);
         auto encryptor = makeEncryptor(cipher, bufferOf(text));
-        char data[64];
-        encryptor->readData(data, 20);
+        QByteArray data(invertedText.size(), '\0');
+        encryptor->readData(data.data(), data.size());
+        const auto neighbour = makeEncryptor(Aes, bufferOf(data)); // or the memory went back to the system
+        neighbour->readData(data.data(), data.size());
         encryptor->setSource({});
         cipher.key.fill(0);
         text.fill(0);
         if (!isAlive)
             encryptor.reset();
-        // The allocator keeps notes in the first bytes of what is freed.
-        EXPECT_EQ(isOnTheHeap(invertedKey.mid(16)), isAlive);
-        EXPECT_EQ(isOnTheHeap(invertedText.mid(4, 12)), isAlive);
+        EXPECT_EQ(isOnTheHeap(invertedKey.mid(16)), isAlive) << "less what the allocator may overwrite";
+        EXPECT_EQ(isOnTheHeap(invertedText.left(100)), isAlive);
     }
 }

@@ -23,8 +23,15 @@ public:
     /// system may store it with less precision or a smaller range. Returns false on failure; `errno` then has the
     /// reason, `EINVAL` for an invalid time.
     static bool setLastModified(const QString& path, const QDateTime& time, bool followLinks);
-    static bool setLastModified(const QString& path, std::chrono::nanoseconds time, bool followLinks);
+    static bool setLastModified(const QString& path, std::chrono::nanoseconds time, bool followLinks)
+    {
+        const auto seconds = std::chrono::floor<std::chrono::seconds>(time); // the rest is positive before 1970 too
+        return setModificationTime(path, seconds.count(), (time - seconds).count(), followLinks);
+    }
     ///@}
+
+private:
+    static bool setModificationTime(const QString& path, qint64 seconds, qint64 nanoseconds, bool followLinks);
 };
 
 } // namespace Orv::Utility
