@@ -143,15 +143,16 @@ TEST_F(LogFileTest, GrowsAsLongAsItsFolderRefuses)
 
 TEST_F(LogFileTest, EntryAfterAFullDiskBeginsALine)
 {
-    std::signal(SIGXFSZ, SIG_IGN);
-    LogFile log(path("log.log"), 0);
-    log.append("before\n");
+    { // opened without a limit, and with one, whose signal must not end the process
+        LogFile log(path("log.log"), 0);
+        log.append("before\n");
+    }
     limitFileSize(9);
+    LogFile log(path("log.log"), 0);
     for (int i = 0; i < 100; ++i)
         log.append("lost\n");
     limitFileSize(RLIM_INFINITY);
     log.append("after\n");
     log.append("last\n");
     EXPECT_THAT(contents(), ElementsAre("before\nlo\nafter\nlast\n"));
-    std::signal(SIGXFSZ, SIG_DFL);
 }

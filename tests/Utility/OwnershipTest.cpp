@@ -84,7 +84,8 @@ TEST_F(OwnershipTest, LinksAreRefused)
     const QString victim = placeOf("victim"), victimFile = victim + "/file";
     ASSERT_TRUE(QDir().mkpath(victim) && QFile(victimFile).open(QIODevice::WriteOnly));
     ASSERT_TRUE(QFile::link(victim, top + "/folder-link") && QFile::link(victimFile, top + "/file-link"));
-    const QString places[] = {top + "/folder-link/file", top + "/folder-link", top + "/file-link",
+    ASSERT_EQ(::link(QFile::encodeName(victimFile), QFile::encodeName(top + "/hard-link")), 0);
+    const QString places[] = {top + "/folder-link/file", top + "/folder-link", top + "/file-link", top + "/hard-link",
         top + "/folder-link/../upper", lower + "/../lower", lower + "/missing", file + "/below", QString()};
     for (const QString& place : places) {
         EXPECT_FALSE(changeOwnershipForPath(place, LinkPolicy::Refuse)) << qPrintable(place);

@@ -149,6 +149,12 @@ void configure(Log log, const el::Configurations& configurations, std::unique_pt
     updateOffsetFromUtc();
 }
 
+void closeFile(Log log)
+{
+    delete targets[log].file;
+    targets[log].file = nullptr;
+}
+
 void setRawOutput()
 {
     hasRawOutput = true;
@@ -196,6 +202,7 @@ void writeFromSignal(std::initializer_list<Log> logs, std::string_view level, st
 void writeToStandardOutput(std::string_view text)
 {
     try {
+        std::cout.clear(); // of an earlier failure, whose cause may be gone
         std::cout << text << std::flush;
     } catch (...) {
         // Where the program has its streams throw.

@@ -18,6 +18,9 @@ enum Log { DefaultLog, ShadowLog };
 /// Configures a log. Without `file` it has none.
 void configure(Log log, const el::Configurations& configurations, std::unique_ptr<LogFile> file, bool toStandardOutput);
 
+/// Writes to the file of a log no more.
+void closeFile(Log log);
+
 /// Echoes the bare text of every entry on standard output from now on.
 void setRawOutput();
 

@@ -5,12 +5,15 @@
 #include <Orv/Log/LogRollout.h>
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 #include <cerrno>
+#include <csignal>
+#include <optional>
 
 #include <fcntl.h>
+#include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -37,6 +40,42 @@ bool endsInALine(const std::string& path, off_t size)
         ::close(descriptor);
     return last != '\n';
 }
+
+/// Turns the signals of a failed write, of a pipe without a reader or of a file at its size limit, into mere errors.
+class WriteSignalGuard {
+public:
+    WriteSignalGuard()
+    {
+        sigset_t signals;
+        sigemptyset(&signals);
+        for (const int signal : Signals)
+            sigaddset(&signals, signal);
+        ::pthread_sigmask(SIG_BLOCK, &signals, &m_maskBefore);
+        ::sigpending(&m_pendingBefore);
+    }
+    ~WriteSignalGuard()
+    {
+        sigset_t pending;
+        ::sigpending(&pending);
+        for (const int signal : Signals) {
+            if (!sigismember(&pending, signal) || sigismember(&m_pendingBefore, signal))
+                continue;
+            sigset_t one;
+            sigemptyset(&one);
+            sigaddset(&one, signal);
+            int received = 0;
+            ::sigwait(&one, &received);
+        }
+        ::pthread_sigmask(SIG_SETMASK, &m_maskBefore, nullptr);
+    }
+    WriteSignalGuard(const WriteSignalGuard&) = delete;
+    WriteSignalGuard& operator=(const WriteSignalGuard&) = delete;
+
+private:
+    static constexpr int Signals[] = {SIGPIPE, SIGXFSZ};
+    sigset_t m_maskBefore;
+    sigset_t m_pendingBefore;
+};
 
 } // namespace
 
@@ -66,22 +105,28 @@ void LogFile::append(std::string_view entry)
 
 bool LogFile::appendOnly(std::string_view entry)
 {
-    return m_descriptor >= 0 && (!m_endsInALine || write("\n")) && write(entry);
+    return (m_descriptor >= 0 || openInDirectory()) && (!m_endsInALine || write("\n")) && write(entry);
 }
 
-/// Leaves the file that is open as it is if no other can be opened.
 bool LogFile::open()
 {
-    int descriptor = openForAppending(m_path);
-    if (descriptor < 0 && errno == ENOENT) {
-        QDir().mkpath(QFileInfo(QString::fromStdString(m_path)).path());
-        descriptor = openForAppending(m_path);
-    }
+    if (openInDirectory())
+        return true;
+    return errno == ENOENT && QDir().mkpath(QFileInfo(QString::fromStdString(m_path)).path()) && openInDirectory();
+}
+
+/// Leaves the file that is open as it is if no other can be opened. For signal handlers too.
+bool LogFile::openInDirectory()
+{
+    const int descriptor = openForAppending(m_path);
     if (descriptor < 0)
         return false;
     close();
     struct stat status { };
     const bool isRegular = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    rlimit sizeLimit{};
+    m_mayRaiseSignals =
+        !isRegular || (::getrlimit(RLIMIT_FSIZE, &sizeLimit) == 0 && sizeLimit.rlim_cur != RLIM_INFINITY);
     m_limit = isRegular ? m_maxSize : 0;
     m_size = isRegular ? static_cast<std::size_t>(status.st_size) : 0;
     m_endsInALine = m_size > 0 && endsInALine(m_path, status.st_size);
@@ -102,7 +147,7 @@ void LogFile::rotate()
     if (now == m_takenSecond)
         return;
     if (isInPlace()) {
-        if (QFile::exists(rotatedName(QString::fromStdString(m_path)))) {
+        if (::access(rotatedName(QString::fromStdString(m_path)).toUtf8(), F_OK) == 0) {
             m_takenSecond = now;
             return;
         }
@@ -124,6 +169,9 @@ bool LogFile::isInPlace() const
 
 bool LogFile::write(std::string_view text)
 {
+    std::optional<WriteSignalGuard> guard;
+    if (m_mayRaiseSignals)
+        guard.emplace();
     while (!text.empty()) {
         const ssize_t written = ::write(m_descriptor, text.data(), text.size());
         if (written < 0 && errno == EINTR)

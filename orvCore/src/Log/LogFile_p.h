@@ -24,12 +24,13 @@ public:
 
     /// Appends an entry, which ends with a newline.
     void append(std::string_view entry);
-    /// The same for signal handlers: neither opens nor rotates the file. Returns whether all of it was written.
+    /// The same for signal handlers: creates no directory and does not rotate. Returns whether all of it was written.
     bool appendOnly(std::string_view entry);
 
 private:
     bool isFull() const { return m_limit > 0 && m_size >= m_limit; }
     bool open();
+    bool openInDirectory();
     void close();
     void rotate();
     bool isInPlace() const;
@@ -40,6 +41,7 @@ private:
     std::size_t m_limit = 0; // m_maxSize for a regular file, 0 for a device
     std::atomic<int> m_descriptor{-1};
     std::size_t m_size = 0;
-    bool m_endsInALine = false;    // the file's last byte is no newline
-    std::time_t m_takenSecond = 0; // when the name for the full file was found taken
+    bool m_mayRaiseSignals = false; // a write that fails
+    bool m_endsInALine = false;     // the file's last byte is no newline
+    std::time_t m_takenSecond = 0;  // when the name for the full file was found taken
 };

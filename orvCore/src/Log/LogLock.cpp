@@ -68,9 +68,12 @@ void afterForkInParent()
 
 void afterForkInChild()
 {
-    deferred = 0; // that is the parent's
-    if (!forkedInside)
-        release();
+    deferred = 0;                      // that is the parent's
+    mutex = PTHREAD_MUTEX_INITIALIZER; // not every system lets the child unlock what its parent has locked
+    if (forkedInside)
+        acquire();
+    else
+        owner = pthread_t();
 }
 
 } // namespace
@@ -78,8 +81,10 @@ void afterForkInChild()
 LogLock::LogLock() : m_isOuter(!isMine())
 {
     [[maybe_unused]] static const int registered = ::pthread_atfork(beforeFork, afterForkInParent, afterForkInChild);
-    if (m_isOuter)
-        acquire();
+    if (!m_isOuter)
+        return;
+    ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_cancelState);
+    acquire();
 }
 
 LogLock::~LogLock()
@@ -88,6 +93,7 @@ LogLock::~LogLock()
         return;
     release();
     runDeferred();
+    ::pthread_setcancelstate(m_cancelState, nullptr);
 }
 
 void LogLock::callWhenFree(void (*work)())

@@ -1,7 +1,8 @@
 #pragma once
 
 /// Holds the log's one lock, which protects the log files, the back end and its configuration. Recursive, since writing
-/// an entry may log something else. A `fork()` waits for it, so that the child finds it free and the log consistent.
+/// an entry may log something else. A `fork()` waits for it, so that the child finds it free and the log consistent; a
+/// thread that is cancelled (`QThread::terminate()`) ends after it has released it.
 class LogLock {
 public:
     LogLock();
@@ -21,4 +22,5 @@ public:
 
 private:
     bool m_isOuter;
+    int m_cancelState = 0;
 };

@@ -121,6 +121,8 @@ bool LogManager::init()
     const bool hasShadow = m_enableShadow && !m_shadowFilePath.isEmpty();
     if (hasShadow)
         configureShadowLogger();
+    else
+        LogBackend::closeFile(LogBackend::ShadowLog);
     qInstallMessageHandler(hasShadow ? messageHandlerShadow : messageHandler);
     m_isInit = true;
     return m_isInit;

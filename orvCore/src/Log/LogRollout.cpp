@@ -3,7 +3,6 @@
 #include "Log/LogRollout_p.h"
 
 #include <QDateTime>
-#include <QFile>
 
 QString rotatedName(const QString& fileName)
 {
@@ -16,6 +15,5 @@ QString rotatedName(const QString& fileName)
 void logsRollout(const char* fileName, std::size_t size)
 {
     Q_UNUSED(size)
-    const QString name(fileName);
-    QFile::rename(name, rotatedName(name));
+    renameUnlessTaken(fileName, rotatedName(QString(fileName)).toUtf8());
 }

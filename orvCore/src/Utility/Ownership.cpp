@@ -115,6 +115,8 @@ bool changeWithoutLinks(const QString& path)
         return failed(path, errno);
     if (S_ISLNK(status.st_mode))
         return failed(path, ELOOP);
+    if (!S_ISDIR(status.st_mode) && status.st_nlink > 1)
+        return failed(path, EMLINK); // whose file it is by its other names is not known
 
     const auto other = std::find_if(folders.rbegin(), folders.rend(),
         [&status](const OpenFolder& folder) { return folder.status().st_uid != status.st_uid; });

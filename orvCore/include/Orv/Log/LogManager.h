@@ -28,7 +28,8 @@ namespace Orv {
 ///
 /// Nothing reports such trouble: look at the file. Log files are opened for append and not inherited by programs that
 /// are executed. A child process of `fork()` logs to the same files; `fork()` waits for the entry that is being
-/// written.
+/// written. Locks outside the log are not waited for: a child may hang in the C library's local time or in Qt's
+/// environment if another thread was using these at the moment of the `fork()`.
 ///
 /// Messages may come as late as from static destructors, as long as Qt lives.
 ///

@@ -25,8 +25,9 @@ enum class LinkPolicy : qint32 {
 };
 
 /// The same with a policy. With `LinkPolicy::Refuse`, each name is opened in the folder before it, so that nobody can
-/// put a link in place meanwhile. A link, a "..", or a folder that cannot be opened for reading makes it return false,
-/// with a warning logged and nothing changed.
+/// put a link in place meanwhile. A link, a "..", a file with several hard links, or a folder that cannot be opened
+/// for reading makes it return false, with a warning logged and nothing changed. On macOS "/tmp", "/var" and "/etc" are
+/// links: give the path below "/private".
 ORV_EXPORT bool changeOwnershipForPath(const QString& path, LinkPolicy policy);
 
 } // namespace Orv::Utility

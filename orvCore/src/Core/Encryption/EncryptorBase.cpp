@@ -177,7 +177,8 @@ EncryptorBase::Input EncryptorBase::readSource(qint64 size)
         if (received > 0)
             m_memoryPosition = std::max(m_memoryPosition, m_source->pos());
     }
-    m_bytesRead += static_cast<qint64>(input.size);
+    if (!m_paddingDone) // what comes later is not in the stream
+        m_bytesRead += static_cast<qint64>(input.size);
     return input;
 }
 
@@ -267,16 +268,17 @@ QVector<qint64> EncryptorBase::readTogether(
 
 bool EncryptorBase::writeTo(QIODevice& destination)
 {
-    QByteArray chunk(WriteToChunk, Qt::Uninitialized);
+    SecretBytes chunk(WriteToChunk);
+    auto* const data = reinterpret_cast<char*>(chunk.data());
     while (!atEnd()) {
         const qint64 readBefore = m_bytesRead;
-        const qint64 size = readData(chunk.data(), chunk.size());
+        const qint64 size = readData(data, WriteToChunk);
         const bool isStalled = size == 0 && m_bytesRead == readBefore && !atEnd();
-        if (m_sourceFailed || isStalled || destination.write(chunk.constData(), size) != size)
+        if (m_sourceFailed || isStalled || destination.write(data, size) != size)
             return false;
     }
     auto* const file = qobject_cast<QFileDevice*>(&destination);
-    return !file || file->flush();
+    return !m_sourceFailed && (!file || file->flush());
 }
 
 } // namespace Orv::Core::Encryption

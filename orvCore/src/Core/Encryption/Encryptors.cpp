@@ -48,6 +48,7 @@ template <class Cipher> bool EncryptorBase::initMode()
     stream.filter.reset(); // it refers to the old mode
     stream.mode = std::move(mode);
     stream.parallelCipher = std::move(parallelCipher);
+    stream.parallelKey = stream.parallelCipher ? stream.key : SecretBytes();
     return EncryptorBase::init();
 }
 

@@ -19,6 +19,7 @@ public:
     std::unique_ptr<CryptoPP::SymmetricCipher> mode;
     std::unique_ptr<CryptoPP::StreamTransformationFilter> filter;  // adds or checks the padding; refers to the mode
     std::unique_ptr<CryptoPP::BlockTransformation> parallelCipher; // for readTogether; null unless CBC encrypts
+    SecretBytes parallelKey;                                       // of that cipher; `key` may be a newer one
 
     SecretBytes input;  // read and not yet transformed: less than two blocks between calls
     SecretBytes output; // transformed and not yet returned: less than three blocks between calls

@@ -20,7 +20,7 @@ constexpr std::size_t LargestBlock = 16;   // bytes
 auto cipherOf(const BlockRun& run)
 {
     const BlockTransformation& cipher = *run.stream->parallelCipher;
-    return std::make_tuple(std::type_index(typeid(cipher)), std::cref(run.stream->key));
+    return std::make_tuple(std::type_index(typeid(cipher)), std::cref(run.stream->parallelKey));
 }
 
 /// Equal ciphers and keys next to each other, the longest run first.

@@ -95,7 +95,8 @@ public:
     /// Writes the rest of the stream to `destination`, 64 KiB at a time, and flushes a file.
     ///
     /// False if the source fails, if it gives nothing although it is not at its end, or if the destination accepts
-    /// fewer bytes than it is given; what was written then stays written. Neither device is closed. Compare
+    /// fewer bytes than it is given; what was written then stays written, and `init()` starts anew. Neither device is
+    /// closed. Compare
     /// `bytesRead()` with the expected size: a source that became shorter is no failure. Throws what `readData` throws.
     bool writeTo(QIODevice& destination);
 
