@@ -24,7 +24,7 @@ trap 'rm -rf "$work"' EXIT
 if $quick; then
     rounds=1 long_rounds=1 time=0.001 files=(1 64) out=$work
 else
-    rounds=11 long_rounds=5 time=0.05 files=(5 2048) out=docs
+    rounds=9 long_rounds=3 time=0.05 files=(3 2048) out=docs
 fi
 # In each round the rows of a subject follow each other, so that what else the machine does falls on all of them.
 for round in $(seq "$rounds"); do

@@ -45,6 +45,8 @@ TEST_F(LogLoad, ForkedProcessesLog)
     constexpr int Children = ORV_LOAD_LINES / 1000;
     expectInChild([&] {
         manager().init();
+        qInfo("first"); // what Qt sets up once must be there: a fork in the middle of that would leave it locked
+        OrvDebug("a").info() << "first";
         std::atomic<bool> done{false};
         inThreads(4, [&](int thread) {
             while (thread > 1 && !done)
