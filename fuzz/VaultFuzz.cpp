@@ -10,8 +10,11 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFileInfo>
+#include <QMessageAuthenticationCode>
 #include <QSet>
 #include <QTemporaryDir>
+
+#include <optional>
 
 using namespace orvseal;
 using Orv::Core::Encryption::Key;
@@ -25,40 +28,84 @@ const QString& vaultFolder()
     return path;
 }
 
+/// What `read` gives, or nothing if it refuses the vault. Any other exception ends the process.
+template <class Read> auto unlessRefused(const Read& read) -> std::optional<decltype(read())>
+{
+    try {
+        return read();
+    } catch (const Orv::Exception::InvalidData& refusal) {
+        require(*refusal.what() != '\0', "a refusal has a reason");
+        return std::nullopt;
+    }
+}
+
 void checkHead(const QByteArray& json)
 {
     writeFile(headPath(vaultFolder()), json);
-    const VaultHead head = readHead(vaultFolder());
-    require(head.manifestIv.size() == Key::ivLength(head.algorithm), "the IV fits the cipher");
-    require(head.iterations >= 1 && head.iterations <= 10000000, "the key can be made in a minute");
+    const auto head = unlessRefused([] { return readHead(vaultFolder()); });
+    if (!head)
+        return;
+    require(head->format == 2 || head->manifestIv.size() == Key::ivLength(head->algorithm), "the IV fits the cipher");
+    require(head->format == 1 || head->macSalt != head->salt, "the two keys differ");
+    require(!head->manifestName.contains('/'), "the manifest is in the vault");
+    require(head->iterations >= 1 && head->iterations <= 2000000, "the key can be made in seconds");
 }
 
-// A vault whose key costs nothing
-const VaultHead Head = {Orv::Core::Encryption::Aes128, QByteArray(), 0, QByteArray(16, 'i')};
-const Cipher VaultCipher(Orv::Core::Encryption::Aes128, QByteArray(16, 'k'));
+// Vaults whose keys cost nothing
+VaultHead headOf(int format)
+{
+    VaultHead head;
+    head.format = format;
+    head.algorithm = Orv::Core::Encryption::Aes128;
+    head.manifestName = QStringLiteral("manifest");
+    head.manifestIv = QByteArray(16, 'i');
+    return head;
+}
 
-void writeSealed(const QByteArray& plain)
+const VaultHead First = headOf(1);
+const VaultHead Second = headOf(2);
+const VaultKeys Keys = {Cipher(Orv::Core::Encryption::Aes128, QByteArray(16, 'k')), QByteArray(16, 'm')};
+
+QByteArray encrypted(const QByteArray& plain)
 {
     const auto source = QSharedPointer<QBuffer>::create();
     source->setData(plain);
     source->open(QIODevice::ReadOnly);
     QByteArray sealed;
-    VaultCipher.run(Cipher::Encrypt, Head.manifestIv, source,
+    Keys.cipher.run(Cipher::Encrypt, First.manifestIv, source,
         [&sealed](const char* data, qint64 size) { sealed.append(data, static_cast<int>(size)); });
-    writeFile(manifestPath(vaultFolder()), sealed);
+    return sealed;
 }
 
-std::vector<Entry> readEntries()
+/// A manifest of these lines, as somebody with the password could make it.
+void writeAuthentic(const VaultHead& head, const QByteArray& lines)
 {
-    return readManifest(vaultFolder(), Head, VaultCipher);
+    if (head.format == 1) {
+        const QByteArray hash = QCryptographicHash::hash(lines, QCryptographicHash::Sha256).toHex();
+        writeFile(manifestPath(vaultFolder(), head), encrypted("orvseal manifest 1 " + hash + '\n' + lines));
+        return;
+    }
+    const QByteArray rest = First.manifestIv + encrypted(lines);
+    const QByteArray headHash = QCryptographicHash::hash(head.json, QCryptographicHash::Sha256);
+    const QByteArray mac = QMessageAuthenticationCode::hash(headHash + rest, Keys.macKey, QCryptographicHash::Sha256);
+    writeFile(manifestPath(vaultFolder(), head), mac + rest);
 }
 
-void checkPaths(const std::vector<Entry>& entries)
+Entries readEntries(const VaultHead& head)
+{
+    return readManifest(vaultFolder(), head, Keys);
+}
+
+void checkPaths(const Entries& entries)
 {
     QSet<QString> folders{QString()}; // the one that everything is opened in
     QSet<QString> paths;
     QSet<QString> sealedNames;
     for (const Entry& entry : entries) {
+        if (entry.path.isEmpty()) {
+            require(entry.type == Entry::Folder && &entry == &entries.front(), "only the whole has no name");
+            continue;
+        }
         const int slash = entry.path.lastIndexOf('/');
         require(
             folders.contains(entry.path.left(std::max(0, slash))) && slash != 0, "the parent is a folder before it");
@@ -69,6 +116,8 @@ void checkPaths(const std::vector<Entry>& entries)
         paths.insert(entry.path);
         if (entry.type == Entry::Folder)
             folders.insert(entry.path);
+        if (entry.type == Entry::HardLink)
+            require(find(entries, entry.target)->type == Entry::File, "a hard link leads to a file of the vault");
         if (entry.type != Entry::File)
             continue;
         const QString name = QFileInfo(sealedPath("/vault", entry)).absoluteFilePath();
@@ -80,33 +129,36 @@ void checkPaths(const std::vector<Entry>& entries)
     }
 }
 
-void checkLines(const QByteArray& lines)
+void checkLines(const VaultHead& head, const QByteArray& lines)
 {
-    const QByteArray hash = QCryptographicHash::hash(lines, QCryptographicHash::Sha256).toHex();
-    writeSealed("orvseal manifest 1 " + hash + '\n' + lines);
-    checkPaths(readEntries());
+    writeAuthentic(head, lines);
+    const auto entries = unlessRefused([&head] { return readEntries(head); });
+    if (!entries)
+        return;
+    checkPaths(*entries);
+    if (head.format == 1)
+        return;
+    writeManifest(vaultFolder(), head, Keys, *entries);
+    require(readEntries(head).size() == entries->size(), "a manifest that is written again has as many entries");
 }
 
 } // namespace
 
-/// Whatever a vault holds, it is refused, or what is read of it leads nowhere outside. Any other exception ends the
-/// process.
+/// Whatever a vault holds, what is read of it leads nowhere outside.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
-try {
+{
     FuzzedDataProvider input(data, size);
     const int kind = input.ConsumeIntegralInRange(0, 3);
     const QByteArray content = restOf(input);
     if (kind == 0) {
         checkHead(content);
     } else if (kind == 3) {
-        checkLines(content);
+        checkLines(First, content);
+        checkLines(Second, content);
     } else {
-        kind == 1 ? writeFile(manifestPath(vaultFolder()), content) : writeSealed(content);
-        readEntries();
-        require(false, "what was not sealed with the key, or has not the right hash, is refused");
+        const VaultHead& head = kind == 1 ? Second : First;
+        writeFile(manifestPath(vaultFolder(), head), kind == 1 ? content : encrypted(content));
+        require(!unlessRefused([&head] { return readEntries(head); }), "what is not authentic is refused");
     }
-    return 0;
-} catch (const Orv::Exception::InvalidData& refusal) {
-    require(*refusal.what() != '\0', "a refusal has a reason");
     return 0;
 }

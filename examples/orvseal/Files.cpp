@@ -1,15 +1,17 @@
 #include "Files.h"
 
-#include "Console.h"
+#include "System.h"
 #include "Work.h"
 
-#include <Orv/Utility/Preallocate.h>
+#include <Orv/Utility/FileInfo.h>
 
 #include <QDir>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -37,29 +39,33 @@ bool isInside(const QString& inner, const QString& outer)
     return inner == outer || inner.startsWith(outer.endsWith('/') ? outer : outer + '/');
 }
 
-// POSIX calls the member st_mtim, macOS st_mtimespec.
-template <class Status> auto modificationTime(const Status& status, int) -> decltype(status.st_mtim)
-{
-    return status.st_mtim;
-}
-
-template <class Status> auto modificationTime(const Status& status, long) -> decltype(status.st_mtimespec)
-{
-    return status.st_mtimespec;
-}
-
 FileState toState(const struct stat& status)
 {
-    // Not from Qt, which takes it through local time: where a zone once put its clocks back for good, an hour is lost.
-    const timespec modified = modificationTime(status, 0);
     const mode_t nineBits = S_IRWXU | S_IRWXG | S_IRWXO;
     FileState state;
+    if (S_ISREG(status.st_mode))
+        state.type = FileState::File;
+    else if (S_ISDIR(status.st_mode))
+        state.type = FileState::Folder;
+    else if (S_ISLNK(status.st_mode))
+        state.type = FileState::Link;
     // The sticky bit of a folder keeps its users from removing each other's files. The bits that lend a program the
     // rights of its owner are left out: what is opened may belong to somebody else, who lent nothing.
     state.permissions = int(status.st_mode & (S_ISDIR(status.st_mode) ? nineBits | S_ISVTX : nineBits));
+    state.lendsRights = (status.st_mode & (S_ISUID | S_ISGID)) != 0;
     state.size = status.st_size;
-    state.modified = qint64(modified.tv_sec) * 1000 + modified.tv_nsec / 1000000;
+    state.modified = modifiedTime(status);
+    state.owner = qint64(status.st_uid);
+    state.group = qint64(status.st_gid);
+    state.device = quint64(status.st_dev);
+    state.inode = quint64(status.st_ino);
+    state.names = quint64(status.st_nlink);
     return state;
+}
+
+bool isZero(const char* data, qint64 size)
+{
+    return data[0] == 0 && std::memcmp(data, data + 1, std::size_t(size - 1)) == 0;
 }
 
 } // namespace
@@ -69,25 +75,37 @@ fs::path nativePath(const QString& path)
     return fs::path(path.toStdString());
 }
 
-bool prepareEmptyFolder(const QString& path, const QString& source)
+void requireOutside(const QString& path, const QString& source)
 {
     if (isInside(canonicalPath(path), canonicalPath(source)))
         throw Base(QStringLiteral("%1 is in %2, from which it would be filled").arg(path, source));
+}
 
+void prepareEmptyFolder(const QString& path, const QString& source)
+{
+    requireOutside(path, source);
     std::error_code error;
-    if (fs::symlink_status(nativePath(path), error).type() == fs::file_type::not_found) {
+    if (fs::symlink_status(nativePath(path), error).type() == fs::file_type::not_found)
         makeFolder(path);
-        return true;
-    }
-    if (!fs::is_directory(nativePath(path), error) || !fs::is_empty(nativePath(path), error) || error)
+    else if (!fs::is_directory(nativePath(path), error) || !fs::is_empty(nativePath(path), error) || error)
         throw Base(QStringLiteral("%1 exists and is not an empty folder").arg(path));
-    return false;
 }
 
 void makeFolder(const QString& path)
 {
     if (::mkdir(nativePath(path).c_str(), S_IRWXU) != 0)
         throw Base(QStringLiteral("the folder %1 cannot be made: %2").arg(path, qt_error_string(errno)));
+}
+
+void flushFolder(const QString& path)
+{
+    const int descriptor = ::open(nativePath(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const bool flushed = descriptor >= 0 && flushVolume(descriptor);
+    const int reason = errno;
+    if (descriptor >= 0)
+        ::close(descriptor);
+    if (!flushed)
+        throw CannotGoOn(QStringLiteral("%1 cannot be brought to the disk: %2").arg(path, qt_error_string(reason)));
 }
 
 FileState stateOf(const QString& path)
@@ -131,24 +149,21 @@ void setPermissions(const QString& path, int permissions)
 
 void setModified(const QString& path, qint64 modified)
 {
-    // Rounded down, so that the rest is positive also before 1970.
-    const std::chrono::milliseconds time(modified);
-    const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
-    const std::chrono::nanoseconds rest = time - seconds;
-    timespec times[2] = {};
-    times[0].tv_nsec = UTIME_OMIT; // the time of the last access
-    times[1].tv_sec = seconds.count();
-    times[1].tv_nsec = rest.count();
-    if (::utimensat(AT_FDCWD, nativePath(path).c_str(), times, AT_SYMLINK_NOFOLLOW) != 0)
+    if (!Orv::Utility::FileInfo::setLastModified(path, std::chrono::nanoseconds(modified), false))
         throw Base(QStringLiteral("its modification time cannot be set: ") + qt_error_string(errno));
 }
 
-qint64 HashingFile::readData(char* data, qint64 maxSize)
+bool setOwner(const QString& path, qint64 owner, qint64 group)
 {
-    const qint64 size = QFile::readData(data, maxSize);
-    if (size > 0)
-        m_hash.addData(data, size);
-    return size;
+    const FileState state = stateOf(path);
+    if (state.owner == owner && state.group == group)
+        return true;
+    const fs::path place = nativePath(path);
+    if (::lchown(place.c_str(), uid_t(owner), gid_t(group)) == 0)
+        return true;
+    // A group of one's own may be given without the right to change owners.
+    const bool groupGiven = ::lchown(place.c_str(), uid_t(-1), gid_t(group)) == 0;
+    return groupGiven && state.owner == owner;
 }
 
 NewFile::NewFile(const QString& path) : m_file(path)
@@ -165,12 +180,6 @@ NewFile::~NewFile()
         m_file.remove();
 }
 
-void NewFile::reserve(qint64 size)
-{
-    if (!Orv::Utility::preallocateFile(m_file.handle(), quint64(size)))
-        throw CannotGoOn(QStringLiteral("%1 cannot be written: no room for %2").arg(m_file.fileName(), sizeText(size)));
-}
-
 void NewFile::write(const char* data, qint64 size)
 {
     // A disk that runs full takes a part first, and gives the reason only when it is asked to take the rest.
@@ -180,11 +189,50 @@ void NewFile::write(const char* data, qint64 size)
             fail();
         data += written;
         size -= written;
+        m_size += written;
     }
+}
+
+void NewFile::writeSparse(const char* data, qint64 size)
+{
+    static constexpr qint64 BlockSize = 4096; // bytes; of the file systems in use
+    const char* const end = data + size;
+    while (data < end) {
+        const char* next = data;
+        bool isHole = false;
+        while (next < end) { // as far as the blocks are alike
+            const qint64 position = m_size + (next - data);
+            const qint64 block = std::min<qint64>(end - next, BlockSize - position % BlockSize);
+            const bool zero = isZero(next, block);
+            if (next == data)
+                isHole = zero;
+            else if (zero != isHole)
+                break;
+            next += block;
+        }
+        if (!isHole) {
+            write(data, next - data);
+        } else {
+            m_size += next - data;
+            if (!m_file.seek(m_size))
+                fail();
+        }
+        data = next;
+    }
+}
+
+void NewFile::rewrite(const QByteArray& beginning)
+{
+    if (!m_file.seek(0) || m_file.write(beginning) != beginning.size())
+        fail();
 }
 
 void NewFile::close()
 {
+    if (m_file.size() < m_size && !m_file.resize(m_size)) // it ends in a hole
+        fail();
+    if (!flushFile(m_file.handle()))
+        fail(qt_error_string(errno));
     m_file.close();
     if (m_file.error() != QFile::NoError)
         fail();
@@ -201,9 +249,23 @@ void NewFile::keepAs(const QString& path)
     m_kept = true;
 }
 
+void NewFile::replace(const QString& path)
+{
+    std::error_code error;
+    fs::rename(nativePath(m_file.fileName()), nativePath(path), error);
+    if (error)
+        fail(QString::fromStdString(error.message()));
+    m_kept = true;
+}
+
 void NewFile::fail() const
 {
-    throw CannotGoOn(QStringLiteral("%1 cannot be written: %2").arg(m_file.fileName(), m_file.errorString()));
+    fail(m_file.errorString());
+}
+
+void NewFile::fail(const QString& reason) const
+{
+    throw CannotGoOn(QStringLiteral("%1 cannot be written: %2").arg(m_file.fileName(), reason));
 }
 
 } // namespace orvseal

@@ -64,6 +64,13 @@ void Report::problem(const QString& path, const QString& reason)
     ++m_problems;
 }
 
+void Report::countExtras(const Extras& extras, bool lendsRights)
+{
+    m_withAttributes += extras.attributes ? 1 : 0;
+    m_withAccessList += extras.accessList ? 1 : 0;
+    m_lendingRights += lendsRights ? 1 : 0;
+}
+
 void Report::attempt(const QString& path, const std::function<void()>& work)
 {
     stopIfInterrupted();
@@ -104,18 +111,42 @@ void Report::showProblems()
         printError(QStringLiteral("orvseal: ") + line);
 }
 
-void Report::finish(const QString& done)
+void Report::finish(const QString& done, const QString& details)
 {
     showProblems();
+    printNotes();
     const qint64 milliseconds = std::max<qint64>(1, m_timer.elapsed());
     const qint64 bytesPerSecond = qint64(double(m_bytes) * 1000 / double(milliseconds));
     QString line =
         QStringLiteral("%1 %2, %3, %4, %5/s")
             .arg(done, filesText(m_files), sizeText(m_bytes), durationText(milliseconds), sizeText(bytesPerSecond));
+    if (!details.isEmpty())
+        line += QStringLiteral("; ") + details;
     if (m_problems > 0)
         line += m_problems == 1 ? QStringLiteral("; 1 problem") : QStringLiteral("; %1 problems").arg(m_problems);
     print(line);
     Orv::OrvDebug("orvseal").info() << line;
+}
+
+void Report::printNotes() const
+{
+    const auto note = [](qint64 count, const char* one, const char* many) {
+        if (count == 0)
+            return;
+        const QString line = count == 1 ? QLatin1String(one) : QString::number(count) + QLatin1String(many);
+        print(line);
+        Orv::OrvDebug("orvseal").info() << line;
+    };
+    note(m_withAttributes, "1 entry has extended attributes, which are not kept",
+        " entries have extended attributes, which are not kept");
+    note(m_withAccessList, "1 entry has an access control list, which is not kept",
+        " entries have access control lists, which are not kept");
+    note(m_lendingRights, "1 entry has a set-user-ID or set-group-ID bit, which is not kept",
+        " entries have set-user-ID or set-group-ID bits, which are not kept");
+    note(m_foreign, "1 entry could not be given to its owner and group",
+        " entries could not be given to their owners and groups");
+    note(m_leftOver, "1 sealed file is left over from a run that was interrupted; the next \"seal\" removes it",
+        " sealed files are left over from a run that was interrupted; the next \"seal\" removes them");
 }
 
 void Report::clearBar()

@@ -1,20 +1,21 @@
 #include "Commands.h"
 #include "Console.h"
 #include "Files.h"
+#include "Scan.h"
+#include "SealedFile.h"
 #include "Vault.h"
 #include "Work.h"
 
 #include <Orv/Core/Encryption/Key.h>
-#include <Orv/Core/FS/FileInfo.h>
-#include <Orv/Utility/FileTypeCheck.h>
+
+#include <QFileInfo>
+#include <QLockFile>
+#include <QSet>
 
 #include <algorithm>
 
-using Orv::Core::Encryption::EncryptorBase;
 using Orv::Core::Encryption::Key;
-using Orv::Core::FS::FileInfo;
 using Orv::Exception::Base;
-using Orv::Utility::validateFileType;
 
 namespace fs = std::filesystem;
 
@@ -22,233 +23,139 @@ namespace orvseal {
 
 namespace {
 
-constexpr std::size_t LargestGroup = 8; // files; the library encrypts as many at a time
+constexpr std::size_t LargestGroup = 8;  // files; the library encrypts as many at a time
+constexpr int UsualIterations = 1300000; // about half a second; what OWASP advises for PBKDF2-HMAC-SHA1
 
-QString sealedName(std::size_t number)
-{
-    return QStringLiteral("%1.sealed").arg(number, 8, 10, QLatin1Char('0'));
-}
-
-void throwIf(const std::error_code& error)
-{
-    if (error)
-        throw Base(QString::fromStdString(error.message()));
-}
-
-/// Behind a slash, because Qt drops a byte-order mark from the beginning of a text.
-QString decoded(const std::string& name)
-{
-    return QString::fromStdString('/' + name).mid(1);
-}
-
-/// The manifest holds text: a name that is none would not come back as it was.
-QString textOf(const std::string& name)
-{
-    const QString text = decoded(name);
-    if (text.toStdString() != name)
-        throw Base(QStringLiteral("skipped: its name or target is not valid UTF-8"));
-    return text;
-}
-
-QString targetOf(const fs::path& link)
-{
-    std::error_code error;
-    const fs::path target = fs::read_symlink(link, error);
-    throwIf(error);
-    return textOf(target);
-}
-
-/// Walks the source folder, without following links.
-class Scan {
+/// A vault that is written to: by this run alone, and without a trace of it unless it is finished.
+class VaultUpdate {
 public:
-    Scan(const QString& source, Report& report) : m_source(source), m_report(report) { }
-
-    /// What is to be sealed, parents before what is in them. Throws if the source folder itself cannot be read.
-    std::vector<Entry> run()
+    VaultUpdate(const QString& path, const QString& source) : m_path(path), m_lock(lockPath(path))
     {
-        readFolder(QString());
-        while (!m_folders.empty()) {
-            const QString folder = m_folders.back();
-            m_folders.pop_back();
-            m_report.attempt(folder, [&] { readFolder(folder + '/'); });
-        }
-        std::sort(m_entries.begin(), m_entries.end(), [](const Entry& a, const Entry& b) { return a.path < b.path; });
-        return std::move(m_entries);
-    }
-
-private:
-    /// `prefix` is the folder's relative path with a slash behind it; empty for the source folder itself.
-    void readFolder(const QString& prefix)
-    {
-        // Qt's own iterator leaves out names that are not text, and dangling links unless asked.
+        requireOutside(path, source);
         std::error_code error;
-        fs::directory_iterator item(nativePath(m_source + '/' + prefix), error);
-        for (; !error && item != fs::directory_iterator(); item.increment(error)) {
-            const fs::path place = item->path();
-            m_report.attempt(prefix + decoded(place.filename()), [&] { add(prefix, place); });
+        if (fs::symlink_status(nativePath(path), error).type() == fs::file_type::not_found) {
+            makeFolder(path);
+            m_isNew = true;
         }
-        throwIf(error);
+        try {
+            lock();
+            m_names = namesIn(path);
+            if (!isVault() && !isEmpty())
+                throw Base(QStringLiteral("%1 exists and is neither a vault nor an empty folder").arg(path));
+        } catch (...) {
+            removeFolder();
+            throw;
+        }
     }
 
-    void add(const QString& prefix, const fs::path& place)
-    {
-        Entry entry;
-        entry.path = prefix + textOf(place.filename());
-        const QString path = m_source + '/' + entry.path;
-        const FileInfo info(path);
-        if (info.isSymLink()) {
-            entry.type = Entry::Link;
-            entry.target = targetOf(place);
-        } else if (QString reason; validateFileType(path, reason) != Orv::Utility::Suitable) {
-            throw Base(QStringLiteral("skipped: ") + reason);
-        } else if (info.isDir()) {
-            entry.type = Entry::Folder;
-            m_folders.push_back(entry.path);
-        } else {
-            entry.type = Entry::File;
-            entry.size = info.size();
-        }
-        const FileState state = stateOf(path);
-        entry.permissions = state.permissions;
-        entry.modified = state.modified;
-        m_entries.push_back(entry);
-    }
-
-    const QString m_source;
-    Report& m_report;
-    std::vector<QString> m_folders; // still to be read
-    std::vector<Entry> m_entries;
-};
-
-/// A vault on its way. Unless it gets finished, what has been written of it is removed again, and nothing else.
-class NewVault {
-public:
-    NewVault(const QString& path, const QString& source) : m_path(path), m_isNew(prepareEmptyFolder(path, source)) { }
-
-    ~NewVault()
+    ~VaultUpdate()
     {
         if (m_finished)
             return;
-        std::error_code ignored;
+        for (const QByteArray& iv : m_newFiles)
+            QFile::remove(dataFolder(m_path) + '/' + QString::fromLatin1(iv.toHex()));
         if (m_begun) {
-            for (const QString& file : m_sealedFiles)
-                QFile::remove(file);
+            std::error_code ignored;
             fs::remove(nativePath(dataFolder(m_path)), ignored); // which it does to empty folders only
             QFile::remove(headPath(m_path));
         }
+        removeFolder();
+    }
+
+    VaultUpdate(const VaultUpdate&) = delete;
+    VaultUpdate& operator=(const VaultUpdate&) = delete;
+
+    /// Whether it has been finished before: what is there then has to stay until there is something new.
+    bool isWhole() const { return isVault() && QFile::exists(manifestPath(m_path, readHead(m_path))); }
+
+    /// `files` will be sealed; a head that is to be written now means that there is nothing yet.
+    void begin(const VaultHead* newHead, const std::vector<Entry*>& files, Report& report)
+    {
+        if (newHead != nullptr) {
+            m_begun = true;
+            writeHead(m_path, *newHead);
+            makeDataFolder();
+            removeSurplus(*newHead, Entries(), report); // of a run that was killed
+        }
+        for (const Entry* file : files)
+            m_newFiles.push_back(file->iv);
+    }
+
+    /// From here on the new state holds: nothing of it may be removed.
+    void setFinished() { m_finished = true; }
+
+    /// Removes the sealed files that no entry refers to, and a manifest that the head does not name any more. Not
+    /// before the new state is on the disk.
+    void removeSurplus(const VaultHead& head, const Entries& entries, Report& report)
+    {
+        for (const QString& name : {QStringLiteral("manifest"), QStringLiteral("manifest-2")}) {
+            if (name != head.manifestName)
+                QFile::remove(m_path + '/' + name);
+        }
+        QSet<QByteArray> ivs;
+        for (const Entry& entry : entries)
+            ivs.insert(entry.iv);
+        for (const fs::directory_entry& item : fs::directory_iterator(nativePath(dataFolder(m_path)))) {
+            const QString name = QString::fromStdString(item.path().filename());
+            const bool isReferred = ivs.contains(QByteArray::fromHex(name.toLatin1()));
+            if (isSealedName(name) && !isReferred && !QFile::remove(dataFolder(m_path) + '/' + name))
+                report.problem(QStringLiteral("data/") + name, QStringLiteral("it cannot be removed"));
+        }
+    }
+
+private:
+    void makeDataFolder() const
+    {
+        std::error_code error;
+        const fs::file_type type = fs::symlink_status(nativePath(dataFolder(m_path)), error).type();
+        if (type == fs::file_type::not_found)
+            makeFolder(dataFolder(m_path));
+        else if (type != fs::file_type::directory)
+            throw Base(QStringLiteral("\"data\" in %1 is not a folder").arg(m_path));
+    }
+
+    static QSet<QString> namesIn(const QString& folder)
+    {
+        QSet<QString> names;
+        for (const fs::directory_entry& item : fs::directory_iterator(nativePath(folder)))
+            names.insert(QString::fromStdString(item.path().filename()));
+        return names;
+    }
+
+    void lock()
+    {
+        m_lock.setStaleLockTime(0); // a run may take days; that of a process that is gone is known by its number
+        if (m_lock.tryLock(0))
+            return;
+        if (m_lock.error() == QLockFile::LockFailedError)
+            throw Base(QStringLiteral("another run is writing to %1; if there is none, remove %2")
+                           .arg(m_path, lockPath(m_path)));
+        throw Base(QStringLiteral("%1 cannot be written, or is no folder").arg(m_path));
+    }
+
+    bool isVault() const { return m_names.contains(QStringLiteral("vault.json")); }
+
+    bool isEmpty() const
+    {
+        return m_names - QSet<QString>{QStringLiteral("lock"), QStringLiteral("vault.json.new")} == QSet<QString>();
+    }
+
+    void removeFolder()
+    {
+        m_lock.unlock();
+        std::error_code ignored;
         if (m_isNew)
             fs::remove(nativePath(m_path), ignored);
     }
 
-    NewVault(const NewVault&) = delete;
-    NewVault& operator=(const NewVault&) = delete;
-
-    void begin(const VaultHead& head, const std::vector<Entry*>& files)
-    {
-        makeFolder(dataFolder(m_path));
-        m_begun = true;
-        for (const Entry* file : files)
-            m_sealedFiles.push_back(sealedPath(m_path, *file));
-        writeHead(m_path, head);
-    }
-
-    void finish(const VaultHead& head, const Cipher& cipher, const std::vector<Entry>& entries)
-    {
-        writeManifest(m_path, head, cipher, entries);
-        m_finished = true;
-    }
-
-private:
     const QString m_path;
-    const bool m_isNew;
-    std::vector<QString> m_sealedFiles;
+    QLockFile m_lock;
+    QSet<QString> m_names;              // what was in it
+    std::vector<QByteArray> m_newFiles; // their IVs
+    bool m_isNew = false;
     bool m_begun = false;
     bool m_finished = false;
 };
-
-/// One file on its way into the vault.
-class SealedFile {
-public:
-    static constexpr int ChunkSize = 64 * 1024; // bytes; the chunks of a group fit into the processor's cache
-
-    SealedFile(const QString& sourcePath, const QString& vault, const Cipher& cipher, Entry& entry)
-        : m_entry(entry), m_source(QSharedPointer<HashingFile>::create(sourcePath)),
-          m_before(openToRead(*m_source, QString())), // what the scan saw may be long ago
-          m_sealed(sealedPath(vault, entry)), m_iv(cipher.randomIv()),
-          m_encryptor(cipher.makeEncryptor(Cipher::Encrypt, m_iv, m_source)), m_chunk(ChunkSize, Qt::Uninitialized)
-    {
-    }
-
-    const QString& path() const { return m_entry.path; }
-    EncryptorBase* encryptor() { return m_encryptor.get(); }
-    char* chunk() { return m_chunk.data(); }
-
-    /// Writes the first `size` bytes of the chunk, which the encryptor gave. Returns whether there is more to come, and
-    /// if not, completes the entry.
-    bool store(qint64 size, Report& report)
-    {
-        requireRead(*m_encryptor, *m_source, size);
-        requireUnchanged(m_encryptor->bytesRead() <= m_before.size); // or it might go on growing for ever
-        m_sealed.write(m_chunk.constData(), size);
-        report.advance(m_encryptor->bytesRead() - m_reported);
-        m_reported = m_encryptor->bytesRead();
-        if (!m_encryptor->atEnd())
-            return true;
-        m_sealed.close();
-        requireUnchanged(m_encryptor->bytesRead() == m_before.size && stateOf(*m_source).isSameContent(m_before));
-        m_sealed.keep();
-        m_entry.size = m_before.size;
-        m_entry.modified = m_before.modified;
-        m_entry.iv = m_iv;
-        m_entry.treeHash = m_source->finishHash();
-        report.fileDone();
-        return false;
-    }
-
-private:
-    static void requireUnchanged(bool unchanged)
-    {
-        if (!unchanged)
-            throw Base(QStringLiteral("changed while it was read"));
-    }
-
-    Entry& m_entry;
-    const QSharedPointer<HashingFile> m_source;
-    const FileState m_before;
-    NewFile m_sealed;
-    const QByteArray m_iv;
-    const std::unique_ptr<EncryptorBase> m_encryptor;
-    QByteArray m_chunk;
-    qint64 m_reported = 0;
-};
-
-/// Seals files together, which takes a third of the processor's time that it takes one after the other.
-void sealGroup(
-    const std::vector<Entry*>& group, const QString& source, const QString& vault, const Cipher& cipher, Report& report)
-{
-    std::vector<std::unique_ptr<SealedFile>> files;
-    for (Entry* entry : group) {
-        report.attempt(entry->path,
-            [&] { files.push_back(std::make_unique<SealedFile>(source + '/' + entry->path, vault, cipher, *entry)); });
-    }
-    while (!files.empty()) {
-        QVector<EncryptorBase*> encryptors;
-        QVector<char*> chunks;
-        for (const auto& file : files) {
-            encryptors.append(file->encryptor());
-            chunks.append(file->chunk());
-        }
-        const QVector<qint64> sizes = EncryptorBase::readTogether(encryptors, chunks, SealedFile::ChunkSize);
-        std::size_t going = 0;
-        for (std::size_t i = 0; i < files.size(); ++i) {
-            bool isGoing = false; // not after a failure either
-            report.attempt(files[i]->path(), [&] { isGoing = files[i]->store(sizes[int(i)], report); });
-            if (isGoing)
-                std::swap(files[going++], files[i]);
-        }
-        files.resize(going);
-    }
-}
 
 /// Groups of files that are sealed together, the largest first: as many as advance together, but no more than the share
 /// of one job.
@@ -268,54 +175,201 @@ std::vector<std::vector<Entry*>> groupsOf(std::vector<Entry*> files, qint64 byte
     return groups;
 }
 
-/// Numbers the files, for the names of their sealed ones, and lists them.
-std::vector<Entry*> numberFiles(std::vector<Entry>& entries)
-{
-    std::vector<Entry*> files;
-    for (Entry& entry : entries) {
-        if (entry.type != Entry::File)
-            continue;
-        entry.sealedName = sealedName(files.size() + 1);
-        files.push_back(&entry);
-    }
-    return files;
-}
-
 bool isUnsealedFile(const Entry& entry)
 {
     return entry.type == Entry::File && entry.treeHash.isEmpty();
+}
+
+/// What the vault has and what it is going to have.
+class Plan {
+public:
+    /// `keepsKey`: what is in the vault can be decrypted with the key of the new state.
+    Plan(Entries before, bool keepsKey) : m_before(std::move(before)), m_keepsKey(keepsKey) { }
+
+    /// Files that are as the vault has them take over what was sealed; returns the others, with new IVs.
+    std::vector<Entry*> compare(ScanResult found, bool force, const Cipher& cipher)
+    {
+        m_failed = std::move(found.failed);
+        m_entries = std::move(found.entries);
+        std::vector<Entry*> files;
+        for (Entry& entry : m_entries) {
+            const Entry* old = find(m_before, entry.path);
+            if (old != nullptr)
+                entry.path = old->path; // the same, but held once
+            if (entry.type != Entry::File)
+                continue;
+            if (old != nullptr && !force && m_keepsKey && old->type == Entry::File && old->size == entry.size &&
+                old->modified == entry.modified) {
+                entry.iv = old->iv;
+                entry.treeHash = old->treeHash;
+            } else {
+                entry.iv = cipher.randomIv();
+                files.push_back(&entry);
+            }
+        }
+        return files;
+    }
+
+    /// Leaves out what could not be sealed. What the vault has of that stays in it as it was.
+    void complete(Report& report)
+    {
+        for (const Entry& entry : m_entries) {
+            if (isUnsealedFile(entry))
+                m_failed.insert(entry.path);
+        }
+        if (m_failed.empty())
+            return;
+        removeIf(isUnsealedFile);
+        keepFailed();
+        completeHardLinks(m_entries, m_before);
+        std::set<QString> nowhere;
+        for (const Entry& entry : m_entries) {
+            if (entry.type == Entry::HardLink && find(m_entries, entry.target) == nullptr) {
+                report.problem(entry.path, QStringLiteral("it is the same file as ") + entry.target);
+                nowhere.insert(entry.path);
+            }
+        }
+        removeIf([&nowhere](const Entry& entry) { return nowhere.count(entry.path) > 0; });
+    }
+
+    const Entries& entries() const { return m_entries; }
+
+    /// How many entries, less the folders, are new, changed, unchanged and removed.
+    QString summary() const
+    {
+        qint64 added = 0;
+        qint64 changed = 0;
+        qint64 unchanged = 0;
+        for (const Entry& entry : m_entries) {
+            const Entry* old = find(m_before, entry.path);
+            if (entry.type == Entry::Folder)
+                continue;
+            if (old == nullptr || old->type == Entry::Folder)
+                ++added;
+            else
+                ++(isSame(*old, entry) ? unchanged : changed);
+        }
+        const auto isThing = [](const Entry& entry) { return entry.type != Entry::Folder; };
+        const qint64 before = std::count_if(m_before.begin(), m_before.end(), isThing);
+        return QStringLiteral("%1 new, %2 changed, %3 unchanged, %4 removed")
+            .arg(added)
+            .arg(changed)
+            .arg(unchanged)
+            .arg(before - changed - unchanged);
+    }
+
+    /// Whether the vault has all this already.
+    bool isSameAsBefore() const
+    {
+        return m_keepsKey &&
+            std::equal(m_entries.begin(), m_entries.end(), m_before.begin(), m_before.end(),
+                [](const Entry& a, const Entry& b) { return a.path == b.path && a.iv == b.iv && isSame(a, b); });
+    }
+
+private:
+    static bool isSame(const Entry& a, const Entry& b)
+    {
+        return a.hasSameAttributes(b) && a.size == b.size && a.treeHash == b.treeHash;
+    }
+
+    template <class Condition> void removeIf(const Condition& condition)
+    {
+        m_entries.erase(std::remove_if(m_entries.begin(), m_entries.end(), condition), m_entries.end());
+    }
+
+    void keepFailed()
+    {
+        for (const Entry& old : m_before) {
+            if (!isFailed(old.path) || find(m_entries, old.path) != nullptr)
+                continue;
+            if (!m_keepsKey)
+                throw Base(
+                    QStringLiteral("the vault stays in its old format, because %1 cannot be read now").arg(old.path));
+            m_kept.push_back(old);
+        }
+        m_entries.insert(m_entries.end(), m_kept.begin(), m_kept.end());
+        std::sort(m_entries.begin(), m_entries.end(), [](const Entry& a, const Entry& b) { return a.path < b.path; });
+    }
+
+    /// Whether the entry or a folder above it could not be read.
+    bool isFailed(const QString& path) const
+    {
+        for (int end = path.size(); end > 0; end = path.lastIndexOf('/', end - 1)) {
+            if (m_failed.count(path.left(end)) > 0)
+                return true;
+        }
+        return false;
+    }
+
+    const Entries m_before;
+    const bool m_keepsKey;
+    Entries m_entries;
+    Entries m_kept;
+    std::set<QString> m_failed;
+};
+
+VaultHead updatedHead(const QString& vault, const VaultHead& head, const Options& options)
+{
+    if (head.format == 1)
+        return makeHead(options.algorithm == Orv::Core::Encryption::None ? head.algorithm : options.algorithm,
+            options.iterations > 0 ? options.iterations : UsualIterations, QStringLiteral("manifest-2"));
+    if (options.algorithm != Orv::Core::Encryption::None && options.algorithm != head.algorithm)
+        throw Base(QStringLiteral("%1 exists, with another algorithm").arg(vault));
+    if (options.iterations > 0 && options.iterations != head.iterations)
+        throw Base(QStringLiteral("%1 exists, with another number of iterations").arg(vault));
+    return head;
 }
 
 } // namespace
 
 void sealFolder(const QString& source, const QString& vault, const Options& options, Report& report)
 {
-    if (!FileInfo(source).isDir())
+    if (!QFileInfo(source).isDir())
         throw Base(QStringLiteral("%1 is not a folder").arg(source));
-    NewVault newVault(vault, source);
-    const QByteArray password = obtainPassword(options.passwordFile, true);
+    VaultUpdate update(vault, source);
+    const bool isUpdate = update.isWhole();
+    VaultHead oldHead;
+    VaultHead head;
+    if (isUpdate) {
+        oldHead = readHead(vault);
+        requireManifest(vault, oldHead);
+        head = updatedHead(vault, oldHead, options);
+    } else {
+        head = makeHead(
+            options.algorithm == Orv::Core::Encryption::None ? Orv::Core::Encryption::Aes256 : options.algorithm,
+            options.iterations > 0 ? options.iterations : UsualIterations, QStringLiteral("manifest"));
+    }
+    const bool keepsKey = isUpdate && head.json == oldHead.json;
 
-    std::vector<Entry> entries = Scan(source, report).run();
-    const std::vector<Entry*> files = numberFiles(entries);
+    const QByteArray password = obtainPassword(options.passwordFile, !isUpdate);
+    Entries before;
+    if (isUpdate && !keepsKey)
+        before = readManifest(vault, oldHead, makeKeys(oldHead, password));
+    const VaultKeys keys = makeKeys(head, password);
+    if (keepsKey)
+        before = readManifest(vault, head, keys);
+
+    Plan plan(std::move(before), keepsKey);
+    const std::vector<Entry*> files = plan.compare(scan(source, report), options.force, keys.cipher);
     qint64 bytes = 0;
     for (const Entry* file : files)
         bytes += file->size;
     report.begin(QStringLiteral("sealing"), qint64(files.size()), bytes);
-
-    VaultHead head;
-    head.algorithm = options.algorithm;
-    head.salt = Key::randomSalt();
-    head.iterations = Key::ITERATION_ADVANCED;
-    head.manifestIv = Key::random(Key::ivLength(options.algorithm));
-    const Cipher cipher = makeCipher(head, password);
-    newVault.begin(head, files);
+    update.begin(isUpdate ? nullptr : &head, files, report);
     const auto groups = groupsOf(files, bytes, options.jobs);
-    const auto sealOne = [&](std::size_t index) { sealGroup(groups[index], source, vault, cipher, report); };
-    forEachIndex(groups.size(), options.jobs, sealOne, [&report] { report.show(); });
+    const auto sealGroup = [&](std::size_t index) { sealTogether(groups[index], source, vault, keys.cipher, report); };
+    forEachIndex(groups.size(), options.jobs, sealGroup, [&report] { report.show(); });
 
-    entries.erase(std::remove_if(entries.begin(), entries.end(), isUnsealedFile), entries.end());
-    newVault.finish(head, cipher, entries);
-    report.finish(QStringLiteral("sealed"));
+    plan.complete(report);
+    if (!plan.isSameAsBefore()) {
+        writeManifest(vault, head, keys, plan.entries());
+        if (isUpdate && !keepsKey)
+            writeHead(vault, head); // this puts the new state in place
+    }
+    update.setFinished();
+    flushFolder(vault);
+    update.removeSurplus(head, plan.entries(), report);
+    report.finish(QStringLiteral("sealed"), isUpdate ? plan.summary() : QString());
 }
 
 } // namespace orvseal

@@ -6,17 +6,21 @@
 
 #include <Orv/Core/Encryption/Key.h>
 
-#include <QBuffer>
 #include <QCryptographicHash>
 #include <QFile>
+#include <QHash>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
+#include <QMessageAuthenticationCode>
+#include <QRegularExpression>
 #include <QSet>
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
+#include <future>
+#include <limits>
 
 using Orv::Core::Encryption::Key;
 using Orv::Exception::InvalidData;
@@ -25,17 +29,24 @@ namespace orvseal {
 
 namespace {
 
-constexpr int FormatNumber = 1;
-constexpr char ManifestMagic[] = "orvseal manifest 1 ";
+constexpr int NewestFormat = 2;
+constexpr char FirstManifestMagic[] = "orvseal manifest 1 "; // of format 1
+
+constexpr int MacSize = 32;  // bytes
+constexpr int SaltSize = 16; // bytes
+constexpr qint64 MillisecondsToNanoseconds = 1000000;
+constexpr qint64 SecondsToNanoseconds = 1000000000;
 
 // What is believed of a vault from somewhere
-constexpr int MostIterations = 10000000;
 constexpr int ShortestSalt = 8;                   // bytes
 constexpr int LongestSalt = 64;                   // bytes
 constexpr qint64 LargestHead = 64 * 1024;         // bytes
-constexpr qint64 LargestManifest = 1000000000;    // bytes; it is held in memory
-constexpr qint64 RoomForRest = 4096;              // bytes of it; for the first line and the padding
+constexpr qint64 LargestManifest = 1000000000;    // bytes; its entries are held in memory
+constexpr qint64 LongestLine = 1000000;           // bytes of it
 constexpr qint64 LargestNumber = qint64(1) << 53; // JSON's numbers are exact up to here
+constexpr qint64 LastSecond = 9223372035;         // since 1970; as nanoseconds, a number holds them
+constexpr qint64 LastMilliseconds = LastSecond * 1000;
+constexpr qint64 LargestOwner = 0xFFFFFFFE;
 
 // The names in the JSON of both files
 namespace Name {
@@ -44,11 +55,16 @@ const QLatin1String Algorithm("algorithm");
 const QLatin1String KeyLength("keyLength");
 const QLatin1String Salt("salt");
 const QLatin1String Iterations("iterations");
+const QLatin1String MacSalt("macSalt");
+const QLatin1String Manifest("manifest");
 const QLatin1String ManifestIv("manifestIv");
 const QLatin1String Type("type");
 const QLatin1String Path("path");
 const QLatin1String Permissions("permissions");
 const QLatin1String Modified("modified");
+const QLatin1String Nanoseconds("nanoseconds");
+const QLatin1String Owner("owner");
+const QLatin1String Group("group");
 const QLatin1String Target("target");
 const QLatin1String Size("size");
 const QLatin1String Iv("iv");
@@ -56,8 +72,8 @@ const QLatin1String TreeHash("treeHash");
 const QLatin1String SealedName("sealed");
 } // namespace Name
 
-const std::array<QLatin1String, 3> TypeNames = {
-    QLatin1String("file"), QLatin1String("folder"), QLatin1String("link")}; // in the order of Entry::Type
+const std::array<QLatin1String, 4> TypeNames = {QLatin1String("file"), QLatin1String("folder"), QLatin1String("link"),
+    QLatin1String("hardlink")}; // in the order of Entry::Type
 
 /// Reads the members of a JSON object and throws if one is not what it has to be.
 class StrictObject {
@@ -114,38 +130,56 @@ QByteArray readSmallFile(const QString& path, qint64 largest)
     return content;
 }
 
-void writeSmallFile(const QString& path, const QByteArray& content)
+/// A file that takes the place of `path` at the end. The one of a run that was killed is in the way.
+class Replacement : public NewFile {
+public:
+    explicit Replacement(const QString& path) : NewFile(temporaryPath(path)) { }
+
+private:
+    static QString temporaryPath(const QString& path)
+    {
+        const QString temporary = path + QStringLiteral(".new");
+        QFile::remove(temporary);
+        return temporary;
+    }
+};
+
+QString hexOf(const QByteArray& bytes)
 {
-    QSaveFile file(path);
-    // Flushed first, because commit() does not say when that fails, and would put half a file in place.
-    const bool done =
-        file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush() && file.commit();
-    if (!done)
-        throw CannotGoOn(QStringLiteral("%1 cannot be written: %2").arg(path, file.errorString()));
+    return QString::fromLatin1(bytes.toHex());
+}
+
+/// Rounded down, so that the rest is positive also before 1970.
+qint64 secondsOf(qint64 nanoseconds)
+{
+    return std::chrono::floor<std::chrono::seconds>(std::chrono::nanoseconds(nanoseconds)).count();
 }
 
 QByteArray toLine(const Entry& entry)
 {
+    const qint64 seconds = secondsOf(entry.modified);
     QJsonObject object = {
         {Name::Type, TypeNames[entry.type]},
         {Name::Path, entry.path},
         {Name::Permissions, entry.permissions},
-        {Name::Modified, entry.modified},
+        {Name::Modified, seconds},
+        {Name::Nanoseconds, entry.modified - seconds * SecondsToNanoseconds},
+        {Name::Owner, entry.owner},
+        {Name::Group, entry.group},
     };
-    if (entry.type == Entry::Link)
+    if (entry.type == Entry::Link || entry.type == Entry::HardLink)
         object[Name::Target] = entry.target;
     if (entry.type == Entry::File) {
         object[Name::Size] = entry.size;
-        object[Name::Iv] = QString::fromLatin1(entry.iv.toHex());
-        object[Name::TreeHash] = QString::fromLatin1(entry.treeHash.toHex());
-        object[Name::SealedName] = entry.sealedName;
+        object[Name::Iv] = hexOf(entry.iv);
+        object[Name::TreeHash] = hexOf(entry.treeHash);
     }
     QByteArray line = QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
     line.replace("\xEF\xBB\xBF", "\\ufeff"); // a byte-order mark, which is lost in reading where a text begins with it
     return line;
 }
 
-Entry fromLine(const QByteArray& line, int ivLength)
+Entry fromLine(const QByteArray& line, const VaultHead& head)
 {
     const StrictObject object(line, QStringLiteral("the manifest"));
     const auto typeName = std::find(TypeNames.begin(), TypeNames.end(), object.text(Name::Type));
@@ -155,17 +189,70 @@ Entry fromLine(const QByteArray& line, int ivLength)
     entry.type = static_cast<Entry::Type>(typeName - TypeNames.begin());
     entry.path = object.text(Name::Path);
     entry.permissions = int(object.number(Name::Permissions, 0, entry.type == Entry::Folder ? 01777 : 0777));
-    entry.modified = object.number(Name::Modified, -LargestNumber, LargestNumber);
-    if (entry.type == Entry::Link)
+    if (head.format == 1) {
+        entry.modified = object.number(Name::Modified, -LastMilliseconds, LastMilliseconds) * MillisecondsToNanoseconds;
+    } else {
+        entry.modified = object.number(Name::Modified, -LastSecond, LastSecond) * SecondsToNanoseconds +
+            object.number(Name::Nanoseconds, 0, SecondsToNanoseconds - 1);
+        entry.owner = object.number(Name::Owner, Entry::Nobody, LargestOwner);
+        entry.group = object.number(Name::Group, Entry::Nobody, LargestOwner);
+    }
+    if (entry.type == Entry::Link || entry.type == Entry::HardLink)
         entry.target = object.text(Name::Target);
     if (entry.type == Entry::File) {
+        const int ivLength = Key::ivLength(head.algorithm);
         const int hashLength = QCryptographicHash::hashLength(QCryptographicHash::Md5);
         entry.size = object.number(Name::Size, 0, LargestNumber);
         entry.iv = object.bytes(Name::Iv, ivLength, ivLength);
         entry.treeHash = object.bytes(Name::TreeHash, hashLength, hashLength);
-        entry.sealedName = object.text(Name::SealedName);
+        if (head.format == 1)
+            entry.formerName = object.text(Name::SealedName);
     }
     return entry;
+}
+
+/// The lines of entries, made as they are read.
+class EntryLines : public QIODevice {
+public:
+    explicit EntryLines(const Entries& entries) : m_next(entries.begin()), m_end(entries.end())
+    {
+        open(ReadOnly | Unbuffered);
+    }
+
+    bool isSequential() const override { return true; }
+    bool atEnd() const override { return m_position == m_line.size() && m_next == m_end; }
+
+protected:
+    qint64 readData(char* data, qint64 maxSize) override
+    {
+        qint64 count = 0;
+        while (count < maxSize && !atEnd()) {
+            if (m_position == m_line.size()) {
+                m_line = toLine(*m_next++);
+                m_position = 0;
+            }
+            const int portion = int(std::min<qint64>(maxSize - count, m_line.size() - m_position));
+            std::copy_n(m_line.constData() + m_position, portion, data + count);
+            m_position += portion;
+            count += portion;
+        }
+        return count;
+    }
+    qint64 writeData(const char*, qint64) override { return -1; }
+
+private:
+    Entries::const_iterator m_next;
+    const Entries::const_iterator m_end;
+    QByteArray m_line;
+    int m_position = 0;
+};
+
+const QString FirstManifestName = QStringLiteral("manifest");
+
+/// An update of a vault of format 1 has a second manifest beside the first, until its head is in place.
+bool isManifestName(const QString& name)
+{
+    return name == FirstManifestName || name == QLatin1String("manifest-2");
 }
 
 bool isPlainName(const QString& name)
@@ -181,72 +268,162 @@ public:
     {
         const int slash = entry.path.lastIndexOf('/');
         const bool parentIsKnown = slash < 0 || m_folders.contains(entry.path.left(slash));
-        if (!isPlainName(entry.path.mid(slash + 1)) || !parentIsKnown || !addNew(m_paths, entry.path))
+        const bool isWhole = entry.path.isEmpty() && entry.type == Entry::Folder;
+        const bool isInOrder = m_isFirst || m_last < entry.path; // so each path is the only one of its kind
+        if ((!isWhole && !isPlainName(entry.path.mid(slash + 1))) || !parentIsKnown || !isInOrder)
             throw InvalidData(QStringLiteral("the manifest is refused: the path \"%1\"").arg(printable(entry.path)));
-        if (entry.type == Entry::Folder)
+        m_isFirst = false;
+        m_last = entry.path;
+        if (entry.type == Entry::Folder && !isWhole)
             m_folders.insert(entry.path);
-        if (entry.type == Entry::File && (!isPlainName(entry.sealedName) || !addNew(m_sealedNames, entry.sealedName)))
-            throw InvalidData(
-                QStringLiteral("the manifest is refused: the sealed file \"%1\"").arg(printable(entry.sealedName)));
+        if (entry.type != Entry::File)
+            return;
+        if (!entry.formerName.isNull() && !isPlainName(entry.formerName))
+            refuseSealed(entry);
+        const int before = m_sealed.size();
+        m_sealed.insert(entry.formerName.isNull() ? entry.iv : entry.formerName.toUtf8());
+        if (m_sealed.size() == before)
+            refuseSealed(entry);
     }
 
 private:
-    static bool addNew(QSet<QString>& set, const QString& text)
+    [[noreturn]] static void refuseSealed(const Entry& entry)
     {
-        const int before = set.size();
-        set.insert(text);
-        return set.size() > before;
+        throw InvalidData(
+            QStringLiteral("the manifest is refused: the sealed file \"%1\"").arg(printable(entry.nameInVault())));
     }
 
-    QSet<QString> m_paths;
+    bool m_isFirst = true;
+    QString m_last;
     QSet<QString> m_folders;
-    QSet<QString> m_sealedNames;
+    QSet<QByteArray> m_sealed;
 };
 
-QByteArray firstLineFor(const QByteArray& entryLines)
+/// Makes entries of the manifest's plain text, which comes in portions.
+class EntryReader {
+public:
+    explicit EntryReader(const VaultHead& head) : m_head(head), m_skipFirst(head.format == 1) { }
+
+    void addData(const char* data, qint64 size)
+    {
+        m_rest.append(data, int(size));
+        int begin = 0;
+        for (int end = m_rest.indexOf('\n'); end >= 0; end = m_rest.indexOf('\n', begin)) {
+            if (!m_skipFirst)
+                addLine(QByteArray::fromRawData(m_rest.constData() + begin, end - begin));
+            m_skipFirst = false;
+            begin = end + 1;
+        }
+        m_rest.remove(0, begin);
+        if (m_rest.size() > LongestLine)
+            throw InvalidData(QStringLiteral("the manifest is damaged: a line is too long"));
+    }
+
+    Entries finish()
+    {
+        if (!m_rest.isEmpty())
+            throw InvalidData(QStringLiteral("the manifest is damaged: its last line has no end"));
+        for (const Entry& entry : m_entries) {
+            const Entry* target = entry.type == Entry::HardLink ? find(m_entries, entry.target) : nullptr;
+            if (entry.type == Entry::HardLink && (target == nullptr || target->type != Entry::File))
+                throw InvalidData(
+                    QStringLiteral("the manifest is refused: the hard link \"%1\"").arg(printable(entry.path)));
+        }
+        return std::move(m_entries);
+    }
+
+private:
+    void addLine(const QByteArray& line)
+    {
+        Entry entry = fromLine(line, m_head);
+        m_check(entry);
+        m_entries.push_back(std::move(entry));
+    }
+
+    const VaultHead& m_head;
+    bool m_skipFirst;
+    QByteArray m_rest; // of the last line
+    EntryCheck m_check;
+    Entries m_entries;
+};
+
+[[noreturn]] void refusePassword()
 {
-    return ManifestMagic + QCryptographicHash::hash(entryLines, QCryptographicHash::Sha256).toHex() + '\n';
+    throw InvalidData(QStringLiteral("wrong password, or a damaged manifest"));
 }
 
-QByteArray runInMemory(const Cipher& cipher, Cipher::Direction direction, const QByteArray& iv, const QByteArray& input)
+/// The HMAC of a manifest in a vault with this head; its key is `macKey`.
+class ManifestMac : public QMessageAuthenticationCode {
+public:
+    ManifestMac(const VaultHead& head, const QByteArray& macKey)
+        : QMessageAuthenticationCode(QCryptographicHash::Sha256, macKey)
+    {
+        addData(QCryptographicHash::hash(head.json, QCryptographicHash::Sha256));
+    }
+};
+
+/// Throws unless the manifest, which is left where its IV begins, was written with this key and has not been changed.
+void requireAuthentic(QFile& manifest, const VaultHead& head, const VaultKeys& keys)
 {
-    const auto source = QSharedPointer<QBuffer>::create();
-    source->setData(input);
-    source->open(QIODevice::ReadOnly);
-    QByteArray output;
-    cipher.run(direction, iv, source, [&output](const char* data, qint64 size) { output.append(data, int(size)); });
-    return output;
+    const QByteArray expected = manifest.read(MacSize);
+    ManifestMac mac(head, keys.macKey);
+    QByteArray portion;
+    do {
+        portion = manifest.read(256 * 1024);
+        mac.addData(portion);
+    } while (!portion.isEmpty());
+    if (manifest.error() != QFile::NoError)
+        throw InvalidData(QStringLiteral("%1: %2").arg(manifest.fileName(), manifest.errorString()));
+    if (expected.size() != MacSize || mac.result() != expected || !manifest.seek(MacSize))
+        refusePassword();
 }
 
-/// The lines of the entries; throws if the manifest was not sealed with this key as it is now.
-QByteArray unsealedLines(const QString& vault, const VaultHead& head, const Cipher& cipher)
+/// The same for format 1, whose manifest has a hash in its first line.
+void requireHash(const QSharedPointer<QFile>& manifest, const VaultHead& head, const Cipher& cipher)
 {
-    const QByteArray sealed = readSmallFile(manifestPath(vault), LargestManifest);
-    QByteArray plain;
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    QByteArray firstLine;
+    bool inFirstLine = true;
     try {
-        plain = runInMemory(cipher, Cipher::Decrypt, head.manifestIv, sealed);
+        cipher.run(Cipher::Decrypt, head.manifestIv, manifest, [&](const char* data, qint64 size) {
+            const char* const begin = inFirstLine ? std::find(data, data + size, '\n') : data;
+            if (inFirstLine)
+                firstLine.append(data, int(begin - data));
+            const bool firstLineEnds = inFirstLine && begin < data + size;
+            inFirstLine = inFirstLine && !firstLineEnds;
+            const char* const lines = firstLineEnds ? begin + 1 : begin;
+            hash.addData(lines, int(data + size - lines));
+        });
     } catch (const Orv::Exception::Canceled&) {
         throw;
     } catch (const std::exception&) {
-        // A wrong key nearly always shows as a wrong padding; what is left of the plain text then fails below.
-        plain.clear();
+        firstLine.clear(); // a wrong key nearly always shows as a wrong padding
     }
-    const QByteArray lines = plain.mid(plain.indexOf('\n') + 1);
-    if (plain.isEmpty() || !plain.startsWith(firstLineFor(lines)))
-        throw InvalidData(QStringLiteral("wrong password, or a damaged manifest"));
-    return lines;
+    if (firstLine != FirstManifestMagic + hash.result().toHex() || !manifest->seek(0))
+        refusePassword();
 }
 
 } // namespace
+
+QString Entry::nameInVault() const
+{
+    return formerName.isNull() ? hexOf(iv) : formerName;
+}
+
+bool Entry::hasSameAttributes(const Entry& other) const
+{
+    return type == other.type && permissions == other.permissions && modified == other.modified &&
+        owner == other.owner && group == other.group && target == other.target;
+}
 
 QString headPath(const QString& vault)
 {
     return vault + QStringLiteral("/vault.json");
 }
 
-QString manifestPath(const QString& vault)
+QString manifestPath(const QString& vault, const VaultHead& head)
 {
-    return vault + QStringLiteral("/manifest");
+    return vault + '/' + head.manifestName;
 }
 
 QString dataFolder(const QString& vault)
@@ -254,77 +431,172 @@ QString dataFolder(const QString& vault)
     return vault + QStringLiteral("/data");
 }
 
+QString lockPath(const QString& vault)
+{
+    return vault + QStringLiteral("/lock");
+}
+
 QString sealedPath(const QString& vault, const Entry& entry)
 {
-    return dataFolder(vault) + '/' + entry.sealedName;
+    return dataFolder(vault) + '/' + entry.nameInVault();
+}
+
+bool isSealedName(const QString& name)
+{
+    static const QRegularExpression form(QStringLiteral("\\A([0-9a-f]{16}|[0-9a-f]{32}|[0-9]{8,}\\.sealed)\\z"));
+    return form.match(name).hasMatch();
+}
+
+VaultHead makeHead(Orv::Core::Encryption::Algorithm algorithm, int iterations, const QString& manifestName)
+{
+    VaultHead head;
+    head.format = NewestFormat;
+    head.algorithm = algorithm;
+    head.salt = Key::random(SaltSize);
+    head.macSalt = Key::random(SaltSize);
+    head.iterations = iterations;
+    head.manifestName = manifestName;
+    head.json = QJsonDocument(QJsonObject{
+                                  {Name::Format, head.format},
+                                  {Name::Algorithm, Key::name(algorithm)},
+                                  {Name::KeyLength, Key::length(algorithm)},
+                                  {Name::Salt, hexOf(head.salt)},
+                                  {Name::MacSalt, hexOf(head.macSalt)},
+                                  {Name::Iterations, iterations},
+                                  {Name::Manifest, manifestName},
+                              })
+                    .toJson();
+    return head;
 }
 
 void writeHead(const QString& vault, const VaultHead& head)
 {
-    const QJsonObject object = {
-        {Name::Format, FormatNumber},
-        {Name::Algorithm, Key::name(head.algorithm)},
-        {Name::KeyLength, Key::length(head.algorithm)},
-        {Name::Salt, QString::fromLatin1(head.salt.toHex())},
-        {Name::Iterations, head.iterations},
-        {Name::ManifestIv, QString::fromLatin1(head.manifestIv.toHex())},
-    };
-    writeSmallFile(headPath(vault), QJsonDocument(object).toJson());
+    Replacement file(headPath(vault));
+    file.write(head.json.constData(), head.json.size());
+    file.close();
+    flushFolder(vault);
+    file.replace(headPath(vault));
 }
 
 VaultHead readHead(const QString& vault)
 {
-    const StrictObject object(readSmallFile(headPath(vault), LargestHead), headPath(vault));
-    if (object.number(Name::Format, 1, LargestNumber) != FormatNumber)
+    VaultHead head;
+    head.json = readSmallFile(headPath(vault), LargestHead);
+    const StrictObject object(head.json, headPath(vault));
+    head.format = int(object.number(Name::Format, 1, std::numeric_limits<int>::max()));
+    if (head.format > NewestFormat)
         throw InvalidData(QStringLiteral("%1: this format of vault is newer than this program").arg(vault));
 
-    VaultHead head;
     const int keyLength = int(object.number(Name::KeyLength, 1, 1024));
     head.algorithm = Key::algorithmFromName(object.text(Name::Algorithm), keyLength);
     object.require(head.algorithm != Orv::Core::Encryption::None, Name::Algorithm);
     head.salt = object.bytes(Name::Salt, ShortestSalt, LongestSalt);
     head.iterations = int(object.number(Name::Iterations, 1, MostIterations));
-    const int ivLength = Key::ivLength(head.algorithm);
-    head.manifestIv = object.bytes(Name::ManifestIv, ivLength, ivLength);
+    if (head.format == 1) {
+        const int ivLength = Key::ivLength(head.algorithm);
+        head.manifestName = FirstManifestName;
+        head.manifestIv = object.bytes(Name::ManifestIv, ivLength, ivLength);
+    } else {
+        head.macSalt = object.bytes(Name::MacSalt, ShortestSalt, LongestSalt);
+        object.require(head.macSalt != head.salt, Name::MacSalt);
+        head.manifestName = object.text(Name::Manifest);
+        object.require(isManifestName(head.manifestName), Name::Manifest);
+    }
     return head;
 }
 
-Cipher makeCipher(const VaultHead& head, const QByteArray& password)
+VaultKeys makeKeys(const VaultHead& head, const QByteArray& password)
 {
-    return Cipher(head.algorithm, Key::generateAdvanced(head.algorithm, password, head.salt, head.iterations));
+    const auto derive = [&](Orv::Core::Encryption::Algorithm algorithm, const QByteArray& salt) {
+        return Key::generateAdvanced(algorithm, password, salt, head.iterations);
+    };
+    std::future<QByteArray> macKey; // meanwhile, where there is a second thread to be had
+    if (head.format > 1)
+        macKey = std::async([&] { return derive(Orv::Core::Encryption::Aes128, head.macSalt); }); // 16 bytes
+    Cipher cipher(head.algorithm, derive(head.algorithm, head.salt));
+    return {std::move(cipher), macKey.valid() ? macKey.get() : QByteArray()};
 }
 
-void writeManifest(const QString& vault, const VaultHead& head, const Cipher& cipher, const std::vector<Entry>& entries)
+void writeManifest(const QString& vault, const VaultHead& head, const VaultKeys& keys, const Entries& entries)
 {
-    QByteArray lines;
-    for (const Entry& entry : entries) {
-        lines += toLine(entry);
-        if (lines.size() > LargestManifest - RoomForRest)
+    Replacement file(manifestPath(vault, head));
+    file.write(QByteArray(MacSize, 0).constData(), MacSize); // comes at the end
+    ManifestMac mac(head, keys.macKey);
+    qint64 total = 0;
+    const auto append = [&](const char* data, qint64 size) {
+        mac.addData(data, int(size));
+        file.write(data, size);
+        total += size;
+        if (total > LargestManifest - LongestLine)
             throw CannotGoOn(QStringLiteral("there are too many entries for one vault: it could not be read again"));
-    }
-    writeSmallFile(
-        manifestPath(vault), runInMemory(cipher, Cipher::Encrypt, head.manifestIv, firstLineFor(lines) + lines));
+    };
+    const QByteArray iv = keys.cipher.randomIv();
+    append(iv.constData(), iv.size());
+    keys.cipher.run(Cipher::Encrypt, iv, QSharedPointer<EntryLines>::create(entries), append);
+    file.rewrite(mac.result());
+    file.close();
+    flushFolder(vault);
+    file.replace(manifestPath(vault, head));
 }
 
-void requireManifest(const QString& vault)
+void requireManifest(const QString& vault, const VaultHead& head)
 {
-    if (!QFile::exists(manifestPath(vault)))
-        throw InvalidData(QStringLiteral("%1 is not whole: it has no manifest").arg(vault));
+    if (!QFile::exists(manifestPath(vault, head)))
+        throw InvalidData(QStringLiteral("%1 is not whole: it has no manifest, because sealing was not finished; "
+                                         "\"orvseal seal\" with the same folder finishes it")
+                              .arg(vault));
+    std::error_code error;
+    if (std::filesystem::symlink_status(nativePath(dataFolder(vault)), error).type() !=
+        std::filesystem::file_type::directory)
+        throw InvalidData(QStringLiteral("%1 is damaged: \"data\" in it is not a folder").arg(vault));
 }
 
-std::vector<Entry> readManifest(const QString& vault, const VaultHead& head, const Cipher& cipher)
+Entries readManifest(const QString& vault, const VaultHead& head, const VaultKeys& keys)
 {
-    const int ivLength = head.manifestIv.size();
-    std::vector<Entry> entries;
-    EntryCheck check;
-    const QList<QByteArray> lines = unsealedLines(vault, head, cipher).split('\n');
-    for (const QByteArray& line : lines) {
-        if (line.isEmpty())
-            continue; // what follows the last newline
-        entries.push_back(fromLine(line, ivLength));
-        check(entries.back());
+    const auto manifest = QSharedPointer<QFile>::create(manifestPath(vault, head));
+    if (openToRead(*manifest, manifest->fileName() + QStringLiteral(": ")).size > LargestManifest)
+        throw InvalidData(QStringLiteral("%1 is damaged: it is too large").arg(manifest->fileName()));
+    QByteArray iv = head.manifestIv;
+    if (head.format == 1) {
+        requireHash(manifest, head, keys.cipher);
+    } else {
+        requireAuthentic(*manifest, head, keys);
+        iv = manifest->read(Key::ivLength(head.algorithm));
     }
-    return entries;
+    EntryReader reader(head);
+    keys.cipher.run(
+        Cipher::Decrypt, iv, manifest, [&reader](const char* data, qint64 size) { reader.addData(data, size); });
+    return reader.finish();
+}
+
+const Entry* find(const Entries& entries, const QString& path)
+{
+    const auto found = std::lower_bound(entries.begin(), entries.end(), path,
+        [](const Entry& entry, const QString& wanted) { return entry.path < wanted; });
+    return found != entries.end() && found->path == path ? &*found : nullptr;
+}
+
+void completeHardLinks(Entries& entries, const Entries& all)
+{
+    QHash<QString, QString> replaced; // the path of a file that is only in `all`, and of the link that became it
+    for (Entry& entry : entries) {
+        if (entry.type != Entry::HardLink)
+            continue;
+        const Entry* file = find(entries, entry.target);
+        if (file != nullptr && file->type == Entry::File)
+            continue;
+        if (replaced.contains(entry.target)) {
+            entry.target = replaced[entry.target];
+            continue;
+        }
+        file = find(all, entry.target);
+        if (file == nullptr || file->type != Entry::File)
+            continue;
+        replaced.insert(entry.target, entry.path);
+        const QString path = entry.path;
+        entry = *file;
+        entry.path = path;
+    }
 }
 
 } // namespace orvseal

@@ -1,5 +1,6 @@
 #include "Commands.h"
 #include "Console.h"
+#include "Vault.h"
 #include "Work.h"
 
 #include <Orv/Core/Encryption/Key.h>
@@ -18,6 +19,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <fcntl.h>
+#include <limits>
 #include <unistd.h>
 
 using namespace orvseal;
@@ -32,21 +34,27 @@ constexpr int MostJobs = 64;      // each has two files open
 
 constexpr char Description[] = R"(Seals a folder into an encrypted vault, and opens it again.
 
-  orvseal seal SOURCE VAULT     makes the vault VAULT, a new or empty folder outside SOURCE
-  orvseal open VAULT TARGET     puts what is in VAULT into TARGET, a new or empty folder
-  orvseal verify VAULT          reads all that is in VAULT and names what is damaged
-  orvseal list VAULT            lists what is in VAULT, times in UTC
+  orvseal seal SOURCE VAULT              makes the vault VAULT, a new or empty folder outside SOURCE, or updates it
+  orvseal open VAULT TARGET [PATH...]    puts what is in VAULT, or only these paths with what is in them, into TARGET,
+                                         a new or empty folder
+  orvseal verify VAULT                   reads all that is in VAULT and names what is damaged
+  orvseal list VAULT                     lists what is in VAULT, times in UTC
 
-Files, folders and links are sealed with their permissions and modification times; links are not followed. The
-set-user-ID and set-group-ID bits are not kept. Sockets, pipes, devices, files whose data is only with a cloud service,
-and names that are not valid UTF-8 are skipped, and each one is named.
+An update seals what is new or changed, keeps the sealed files whose source has the size and the modification time that
+it had, and removes what is gone. Until it is finished, the vault is as it was. What cannot be read now stays in the
+vault as it was, and is named.
+
+Files, folders, links and hard links are sealed with their permissions, owners, groups and modification times; links are
+not followed. Extended attributes, access control lists, and the set-user-ID and set-group-ID bits are not kept, but
+counted. Sockets, pipes, devices, files whose data is only with a cloud service, and names that are not valid UTF-8 are
+skipped, and each one is named.
 
 The password is what --password-file holds, less a newline at its end; or else the environment variable
 ORVSEAL_PASSWORD; or else it is asked for on the terminal.
 
 Exit status: 0, all done; 1, some entries could not be done or were skipped, each one named; 2, nothing could be done,
 or the disk is full, or standard output takes no more; 129, 130 or 143, interrupted by SIGHUP, SIGINT or SIGTERM. Where
-it is 2 or more, no half-made vault is left by "seal", and only complete files by "open".)";
+it is 2 or more, "seal" leaves the vault as it was, or no vault, and "open" leaves only complete files.)";
 
 /// The library's algorithms that have a key, by their names in lower case.
 QMap<QString, Algorithm> algorithms()
@@ -74,13 +82,16 @@ Algorithm algorithmOf(const QString& name)
     return algorithm;
 }
 
-int jobsOf(const QString& text)
+int numberOf(const QCommandLineParser& parser, const QCommandLineOption& option, int smallest, int largest)
 {
     bool isNumber = false;
-    const int jobs = text.toInt(&isNumber);
-    if (!isNumber || jobs < 1 || jobs > MostJobs)
-        throw Base(QStringLiteral("--jobs has to be a number from 1 to %1").arg(MostJobs));
-    return jobs;
+    const int number = parser.value(option).toInt(&isNumber);
+    if (!isNumber || number < smallest || number > largest)
+        throw Base(QStringLiteral("--%1 has to be a number from %2 to %3")
+                       .arg(option.names().constFirst())
+                       .arg(smallest)
+                       .arg(largest));
+    return number;
 }
 
 /// Sends what the program and the library log to a file in `folder`, or nowhere: never to the terminal.
@@ -111,10 +122,10 @@ QString pathOf(const QString& argument)
 }
 
 /// The arguments after the command: paths.
-QStringList argumentsOf(const QCommandLineParser& parser, int count)
+QStringList argumentsOf(const QCommandLineParser& parser, int least, int most)
 {
     QStringList arguments = parser.positionalArguments().mid(1);
-    if (arguments.size() != count || arguments.contains(QString()))
+    if (arguments.size() < least || arguments.size() > most || arguments.contains(QString()))
         throw Base(QStringLiteral("wrong number of arguments; see orvseal --help"));
     std::transform(arguments.begin(), arguments.end(), arguments.begin(), pathOf);
     return arguments;
@@ -123,8 +134,17 @@ QStringList argumentsOf(const QCommandLineParser& parser, int count)
 void run(Report& report)
 {
     const QCommandLineOption algorithm(QStringLiteral("algorithm"),
-        QStringLiteral("For \"seal\": the cipher, one of %1. Default: aes256.").arg(validAlgorithms()),
-        QStringLiteral("NAME"), QStringLiteral("aes256"));
+        QStringLiteral("For a new vault: the cipher, one of %1. Default: aes256.").arg(validAlgorithms()),
+        QStringLiteral("NAME"));
+    const QCommandLineOption iterations(QStringLiteral("iterations"),
+        QStringLiteral(
+            "For a new vault: how often the password is hashed, from %1 to %2. Fewer are faster, for programs "
+            "whose passwords are random, and easier to guess. Default: 1300000.")
+            .arg(Key::ITERATION_ADVANCED)
+            .arg(MostIterations),
+        QStringLiteral("N"));
+    const QCommandLineOption force(
+        QStringLiteral("force"), QStringLiteral("For \"seal\": read all files, also those that seem unchanged."));
     const QCommandLineOption jobs(QStringLiteral("jobs"),
         QStringLiteral("How many files to work on at a time. Default: the number of processors."), QStringLiteral("N"),
         QString::number(std::clamp(QThread::idealThreadCount(), 1, MostJobs)));
@@ -134,11 +154,12 @@ void run(Report& report)
         QStringLiteral("Write the log file log_orvseal.log in this folder. Default: no log."), QStringLiteral("D"));
     QCommandLineParser parser;
     parser.setApplicationDescription(QLatin1String(Description));
-    parser.addOptions({algorithm, jobs, passwordFile, logFolder});
-    const QCommandLineOption help = parser.addHelpOption();
+    // Qt's own option would bring along --help-all, which has nothing to add.
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Shows this help."));
+    parser.addOptions({algorithm, iterations, force, jobs, passwordFile, logFolder, help});
     parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("seal, open, verify or list."));
     parser.addPositionalArgument(
-        QStringLiteral("folders"), QStringLiteral("As above."), QStringLiteral("folder [folder]"));
+        QStringLiteral("arguments"), QStringLiteral("As above."), QStringLiteral("argument..."));
     if (!parser.parse(QCoreApplication::arguments()))
         throw Base(parser.errorText());
     if (parser.isSet(help)) {
@@ -148,25 +169,31 @@ void run(Report& report)
 
     const QString command = parser.positionalArguments().value(0);
     Options options;
-    options.algorithm = algorithmOf(parser.value(algorithm));
-    options.jobs = jobsOf(parser.value(jobs));
+    if (parser.isSet(algorithm))
+        options.algorithm = algorithmOf(parser.value(algorithm));
+    if (parser.isSet(iterations))
+        options.iterations = numberOf(parser, iterations, Key::ITERATION_ADVANCED, MostIterations);
+    options.jobs = numberOf(parser, jobs, 1, MostJobs);
+    options.force = parser.isSet(force);
     if (parser.isSet(passwordFile))
         options.passwordFile = pathOf(parser.value(passwordFile));
-    if (parser.isSet(algorithm) && command != QLatin1String("seal"))
-        throw Base(QStringLiteral("--algorithm is for \"seal\" alone: a vault knows its own"));
+    for (const QCommandLineOption& option : {algorithm, iterations, force}) {
+        if (parser.isSet(option) && command != QLatin1String("seal"))
+            throw Base(QStringLiteral("--%1 is for \"seal\" alone").arg(option.names().constFirst()));
+    }
 
     startLog(pathOf(parser.value(logFolder)));
     Orv::OrvDebug("orvseal").info() << command << "begins," << Orv::Core::Version::string();
     if (command == QLatin1String("seal")) {
-        const QStringList folders = argumentsOf(parser, 2);
+        const QStringList folders = argumentsOf(parser, 2, 2);
         sealFolder(folders[0], folders[1], options, report);
     } else if (command == QLatin1String("open")) {
-        const QStringList folders = argumentsOf(parser, 2);
-        openVault(folders[0], folders[1], options, report);
+        const QStringList arguments = argumentsOf(parser, 2, std::numeric_limits<int>::max());
+        openVault(arguments[0], arguments[1], arguments.mid(2), options, report);
     } else if (command == QLatin1String("verify")) {
-        verifyVault(argumentsOf(parser, 1)[0], options, report);
+        verifyVault(argumentsOf(parser, 1, 1)[0], options, report);
     } else if (command == QLatin1String("list")) {
-        listVault(argumentsOf(parser, 1)[0], options);
+        listVault(argumentsOf(parser, 1, 1)[0], options);
     } else {
         throw Base(QStringLiteral("the command has to be seal, open, verify or list; see orvseal --help"));
     }

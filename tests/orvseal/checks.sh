@@ -5,6 +5,7 @@
 set -euo pipefail
 
 program=$(realpath "$1")
+manual=$(realpath "$(dirname "${BASH_SOURCE[0]}")/../../docs/orvseal.md")
 work=$(mktemp -d)
 trap 'chmod -R u+rwx "$work"; rm -rf "$work"' EXIT
 export ORVSEAL_PASSWORD='correct horse'
@@ -15,11 +16,20 @@ fail() {
     exit 1
 }
 
+# The program, with the fewest iterations for a new vault: hundreds of them are made here.
+orvseal() {
+    if [ "${1-}" = seal ]; then
+        "$program" seal --iterations 50000 "${@:2}"
+    else
+        "$program" "$@"
+    fi
+}
+
 # Runs the program and compares its exit status. What it prints goes to the files out and err.
 expect_status() {
     local expected=$1 status=0
     shift
-    "$program" "$@" >out 2>err </dev/null || status=$?
+    orvseal "$@" >out 2>err </dev/null || status=$?
     [ "$status" -eq "$expected" ] || fail "exit status $status, not $expected, of: $* ($(cat err))"
 }
 
@@ -42,11 +52,11 @@ expect_same_trees() {
     diff -r --no-dereference "$1" "$2" || fail "$1 and $2 differ"
 }
 
-# Permissions and modification times, in seconds, of all that is below $1
+# Permissions, modification times to the nanosecond, owners, groups and numbers of names of $1 and all below
 attributes() {
-    local form=(-c '%a %Y %n')
-    stat "${form[@]}" . >/dev/null 2>&1 || form=(-f '%Lp %m %N') # as macOS has it
-    (cd "$1" && find . -mindepth 1 -exec stat "${form[@]}" {} +) | sort
+    local form=(-c '%a %.9Y %u %g %h %n')
+    stat "${form[@]}" . >/dev/null 2>&1 || form=(-f '%Lp %Fm %u %g %l %N') # as macOS has it
+    (cd "$1" && find . -exec stat "${form[@]}" {} +) | sort
 }
 
 small_vault() {
@@ -54,6 +64,27 @@ small_vault() {
     echo one >source/one
     echo two >source/folder/two
     expect_status 0 seal source vault
+}
+
+# The commands of the manual, which need no orvseal: leave the keys of $vault in $key and $mac_key, and its entries in
+# the file "entries". Ends the check where this openssl cannot.
+manual_commands() { # VAULT [PATH]
+    if ! openssl kdf -keylen 16 -kdfopt digest:SHA1 -kdfopt pass:x -kdfopt salt:12345678 -kdfopt iter:1 PBKDF2 \
+        >/dev/null 2>&1; then
+        echo "    skipped, in part: this openssl derives no keys"
+        exit 0
+    fi
+    vault=$1 path=${2-one}
+    set +e # without a path, the last of them finds no file
+    # shellcheck source=/dev/null
+    . <(sed -n '/^```sh$/,/^```$/{/^```/!p}' "$manual") 2>manual.err
+    set -e
+}
+
+sealed_of() { # VAULT PATH: prints its sealed file
+    local key mac_key iv manifest vault path
+    manual_commands "$1" "$2" >&2
+    echo "$1/data/$iv"
 }
 
 large_file() { # FILE MEBIBYTES: a hole, which takes no space
@@ -65,6 +96,10 @@ change_byte() { # FILE OFFSET
     byte=$(od -An -tu1 -j "$2" -N 1 "$1")
     # shellcheck disable=SC2059 # the format is the byte
     printf "\\$(printf %03o $((byte ^ 1)))" | dd of="$1" bs=1 seek="$2" conv=notrunc 2>/dev/null
+}
+
+file_count() { # FOLDER
+    find "$1" -type f | wc -l
 }
 
 wait_for() { # a condition that another process brings about, for a minute at most

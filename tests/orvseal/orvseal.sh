@@ -71,7 +71,7 @@ check_content_is_sealed() {
     ! grep -rq 'telling-name' vault || fail "a file's name is in the vault"
     [ -z "$(find vault -name '*telling*')" ] || fail "a file's name is a name in the vault"
     expect_status 0 seal source again
-    ! cmp -s vault/data/00000001.sealed again/data/00000001.sealed || fail "sealing twice gives the same bytes"
+    ! cmp -s vault/data/* again/data/* || fail "sealing twice gives the same bytes"
 }
 
 check_any_locale() {
@@ -186,28 +186,35 @@ check_no_password() {
 
 check_damaged_file() {
     mkdir source
-    local name
+    local name a b c d e f
     for name in a b c d e f g; do head -c 300000 /dev/urandom >"source/$name"; done
     expect_status 0 seal source vault
-    change_byte vault/data/00000001.sealed 1000   # a: in the middle
-    change_byte vault/data/00000002.sealed 300000 # b: in the last block, with the padding
-    printf x >>vault/data/00000003.sealed         # c: longer
-    rm vault/data/00000004.sealed                 # d: gone
-    rm vault/data/00000005.sealed                 # e: something that would never end
-    mkfifo vault/data/00000005.sealed
-    mv vault/data/00000006.sealed elsewhere       # f: a link leads out of the vault
-    ln -s "$PWD/elsewhere" vault/data/00000006.sealed
+    for name in a b c d e f; do printf -v "$name" %s "$(sealed_of vault "$name")"; done
+    [ -f "$f" ] || { echo "    skipped: no names of sealed files"; return 0; }
+    change_byte "$a" 1000   # in the middle
+    change_byte "$b" 299999 # in the block before the last, so that the padding is wrong
+    change_byte "$b" 299995
+    printf x >>"$c"         # longer
+    rm "$d"                 # gone
+    rm "$e"                 # something that would never end
+    mkfifo "$e"
+    mv "$f" elsewhere       # a link leads out of the vault
+    ln -s "$PWD/elsewhere" "$f"
     echo surplus >vault/data/other
+    echo surplus >vault/another
+    echo left >vault/data/0123456789abcdef0123456789abcdef # has the name of a sealed file
     expect_status 1 verify vault
-    expect_line err 'orvseal: a: damaged'
-    expect_line err 'orvseal: b: '
-    expect_line err 'orvseal: c: damaged'
-    expect_line err 'orvseal: d: its sealed file 00000004.sealed: No such file'
-    expect_line err 'orvseal: e: its sealed file 00000005.sealed: not a regular file'
-    expect_line err 'orvseal: f: its sealed file 00000006.sealed: not a regular file'
+    expect_line err "orvseal: a: damaged: its sealed file ${a##*/} is not what was written"
+    expect_line err "orvseal: b: damaged: its sealed file ${b##*/} is not what was written"
+    expect_line err "orvseal: c: damaged: its sealed file ${c##*/} has a wrong size"
+    expect_line err "orvseal: d: its sealed file ${d##*/}: No such file"
+    expect_line err "orvseal: e: its sealed file ${e##*/}: not a regular file"
+    expect_line err "orvseal: f: its sealed file ${f##*/}: not a regular file"
     expect_line err 'orvseal: data/other: surplus'
-    expect_line out '; 7 problems'
-    [ "$(wc -l <err)" -eq 7 ] || fail "not seven lines: $(cat err)"
+    expect_line err 'orvseal: another: surplus'
+    expect_line out '1 sealed file is left over'
+    expect_line out '; 8 problems'
+    [ "$(wc -l <err)" -eq 8 ] || fail "not eight lines: $(cat err)"
     expect_status 1 open vault target
     [ "$(ls -A target)" = g ] || fail "in the target are: $(ls -A target)"
     cmp source/g target/g || fail "the whole file differs"
@@ -215,9 +222,10 @@ check_damaged_file() {
 
 check_exchanged_files() {
     small_vault
-    mv vault/data/00000001.sealed kept
-    mv vault/data/00000002.sealed vault/data/00000001.sealed
-    mv kept vault/data/00000002.sealed
+    local names=(vault/data/*)
+    mv "${names[0]}" kept
+    mv "${names[1]}" "${names[0]}"
+    mv kept "${names[1]}"
     expect_status 1 verify vault
     [ "$(wc -l <err)" -eq 2 ] || fail "not both are named: $(cat err)"
 }
@@ -240,10 +248,18 @@ check_vault_that_is_not_whole() {
     expect_refusal verify vault
     rm vault/manifest
     expect_refusal verify vault
-    expect_line err 'no manifest'
+    expect_line err 'no manifest, because sealing was not finished'
     expect_refusal open vault target
     expect_refusal list vault
     expect_absent target
+    expect_status 0 seal source vault # which is how to go on
+    expect_status 0 verify vault
+    [ "$(file_count vault/data)" -eq 2 ] || fail "something is left: $(ls vault/data)"
+    mv vault/data elsewhere
+    ln -s ../elsewhere vault/data
+    expect_refusal verify vault
+    expect_refusal seal source vault
+    expect_line err '"data" in it is not a folder'
     rm vault/vault.json
     expect_refusal verify vault
     expect_refusal verify missing
@@ -253,12 +269,12 @@ check_hostile_head() {
     small_vault
     cp vault/vault.json good
     local change
-    for change in 's/"iterations": 50000/"iterations": 2000000000/' 's/"iterations": 50000/"iterations": 0/' \
+    for change in 's/"iterations": 50000/"iterations": 2000001/' 's/"iterations": 50000/"iterations": 0/' \
         's/"iterations": 50000/"iterations": -1/' 's/"iterations": 50000/"iterations": 1.5/' \
-        's/"iterations": 50000/"iterations": "50000"/' 's/"format": 1/"format": 2/' 's/"format"/"other"/' \
+        's/"iterations": 50000/"iterations": "50000"/' 's/"format": 2/"format": 3/' 's/"format"/"other"/' \
         's/"AES"/"ROT13"/' 's/"keyLength": 32/"keyLength": 33/' 's/"keyLength": 32/"keyLength": 1e300/' \
-        's/"salt": ".*"/"salt": ""/' 's/"salt": "/"salt": "zz/' 's/"manifestIv": "../"manifestIv": "/' \
-        's/"manifestIv": ".*"/"manifestIv": 7/' 's/{/[/'; do
+        's/"salt": ".*"/"salt": ""/' 's/"salt": "/"salt": "zz/' 's/"macSalt": ".*"/"macSalt": "00"/' \
+        's/"manifest": ".*"/"manifest": "..\/manifest"/' 's/"manifest": ".*"/"manifest": 7/' 's/{/[/'; do
         sed "$change" good >vault/vault.json
         ! cmp -s good vault/vault.json || fail "nothing was changed by $change"
         expect_refusal verify vault
@@ -266,29 +282,31 @@ check_hostile_head() {
     done
     printf '[%.0s' $(seq 20000) >vault/vault.json
     expect_refusal verify vault
+    # What makes sense, but is not what was written
+    for change in 's/"iterations": 50000/"iterations": 50001/' 's/"keyLength": 32/"keyLength": 16/' 's/^{$/{ /' \
+        's/"macSalt": "../"macSalt": "/' 's/"salt": "../"salt": "/'; do
+        sed "$change" good >vault/vault.json
+        ! cmp -s good vault/vault.json || fail "nothing was changed by $change"
+        expect_refusal verify vault
+        expect_line err 'wrong password, or a damaged manifest'
+    done
     cp good vault/vault.json
     expect_status 0 verify vault
 }
 
-# The key of the vault, made by another program
-derive_key() {
-    salt=$(sed -n 's/.*"salt": "\(.*\)".*/\1/p' vault/vault.json)
-    iv=$(sed -n 's/.*"manifestIv": "\(.*\)".*/\1/p' vault/vault.json)
-    key=$(openssl kdf -keylen 32 -kdfopt digest:SHA1 -kdfopt "pass:$ORVSEAL_PASSWORD" -kdfopt "hexsalt:$salt" \
-        -kdfopt iter:50000 PBKDF2 2>/dev/null | tr -d ':\n')
-}
-
-seal_lines() { # FILE: makes it the entries of the manifest
-    { printf 'orvseal manifest 1 %s\n' "$(openssl dgst -sha256 -r "$1" | cut -d ' ' -f 1)"; cat "$1"; } |
-        openssl enc -aes-256-cbc -K "$key" -iv "$iv" -out vault/manifest
+seal_lines() { # FILE: makes it the entries of the vault
+    local iv=00112233445566778899aabbccddeeff
+    { printf '\x00\x11\x22\x33\x44\x55\x66\x77\x88\x99\xaa\xbb\xcc\xdd\xee\xff'
+        openssl enc -aes-256-cbc -K "$key" -iv "$iv" -in "$1"; } >body
+    { { openssl dgst -sha256 -binary vault/vault.json; cat body; } |
+        openssl dgst -sha256 -mac HMAC -macopt "hexkey:$mac_key" -binary; cat body; } >vault/manifest
 }
 
 check_hostile_manifest() {
     small_vault
-    local key iv salt change
-    derive_key
-    [ ${#key} -eq 64 ] || { echo "    skipped: this openssl derives no keys"; return 0; }
-    openssl enc -d -aes-256-cbc -K "$key" -iv "$iv" -in vault/manifest | sed 1d >good
+    local key mac_key iv change vault path manifest
+    manual_commands vault
+    cp entries good
     expect_line good '"path":"folder/two"'
     seal_lines good
     expect_status 0 verify vault # so a refusal below is one of the change
@@ -299,7 +317,10 @@ check_hostile_manifest() {
         's|"path":"one"|"path":"folder//one"|' 's|"path":"one"|"path":"folder/"|' \
         's|"path":"one"|"path":"folder/two"|' 's|"path":"one"|"path":"folder/two/one"|' \
         's|"path":"one"|"path":"other/one"|' 's|"path":"one"|"path":"one\\u0000"|' 's|"path":"one"|"path":1|' \
-        's|"sealed":"0|"sealed":"../0|' 's|"sealed":".*"|"sealed":""|' 's|00000002.sealed|00000001.sealed|' \
+        '3s|"iv":"[^"]*"|"iv":"00112233445566778899aabbccddeeff"|;4s|"iv":"[^"]*"|"iv":"00112233445566778899aabbccddeeff"|' \
+        's|"type":"folder"|"type":"link","target":"/"|' 's|"nanoseconds":[0-9]*|"nanoseconds":1000000000|' \
+        's|"owner":[0-9]*|"owner":-2|' 's|"path":"one"|"path":""|' '1{h;d};2{G}' \
+        '/"one"/s|"type":"file"|"type":"hardlink","target":"folder"|' '/"one"/s|"type":"file"|"type":"hardlink","target":"../x"|' \
         's|"permissions":[0-9]*|"permissions":4095|' '/"type":"file"/s|"permissions":[0-9]*|"permissions":1023|' \
         's|"size":4|"size":-4|' 's|"size":4|"size":1e99|' \
         's|"size":4|"size":4.5|' 's|"modified":[0-9]*|"modified":null|' 's|"iv":"..|"iv":"|' \
@@ -326,8 +347,10 @@ check_hostile_manifest() {
 
     # Through a link to somewhere else
     mkdir outside
-    printf '{"type":"link","path":"way","permissions":0,"modified":0,"target":"%s/outside"}\n' "$PWD" >lines
-    sed 's|"path":"one"|"path":"way/one"|' good >>lines
+    { sed '/"path":"one"/d' good
+        printf '{"type":"link","path":"way","permissions":0,"modified":0,"nanoseconds":0,"owner":0,"group":0,'
+        printf '"target":"%s/outside"}\n' "$PWD"
+        sed -n 's|"path":"one"|"path":"way/one"|p' good; } >lines
     seal_lines lines
     expect_refusal open vault target
     [ -z "$(ls -A outside)" ] || fail "something went through the link"
@@ -342,25 +365,179 @@ check_another_program_can_open_it() {
     : >source/empty
     head -c 1048576 /dev/urandom >source/one-part
     head -c 2500000 /dev/urandom >source/three-parts
-    expect_status 0 seal source vault
-    local key iv salt name number=0 row
-    derive_key
-    [ ${#key} -eq 64 ] || { echo "    skipped: this openssl derives no keys"; return 0; }
-    openssl enc -d -aes-256-cbc -K "$key" -iv "$iv" -in vault/manifest >manifest
+    # With the usual number of iterations
+    "$program" seal source vault >out || fail "exit status $?"
+    expect_line vault/vault.json '"iterations": 1300000'
     md5_of source/empty 0 1 >empty.hash
     md5_of source/one-part 0 1 >one-part.hash
     { { md5_of source/three-parts 0 1; md5_of source/three-parts 1 1; } | openssl dgst -md5 -binary
         md5_of source/three-parts 2 1; } | openssl dgst -md5 -binary >three-parts.hash
+    local name key mac_key iv manifest vault path
     for name in empty one-part three-parts; do
-        number=$((number + 1))
-        row=$(grep "\"path\":\"$name\"" manifest)
-        iv=${row#*\"iv\":\"}
-        iv=${iv%%\"*}
-        openssl enc -d -aes-256-cbc -K "$key" -iv "$iv" -in "vault/data/0000000$number.sealed" |
-            cmp - "source/$name" || fail "the plain text of $name differs"
-        [[ $row == *"\"treeHash\":\"$(od -An -tx1 "$name.hash" | tr -d ' \n')\""* ]] ||
-            fail "the tree hash of $name differs: $row"
+        manual_commands vault "$name"
+        [ ! -s manual.err ] || fail "the manual's commands say: $(cat manual.err)"
+        cmp restored "source/$name" || fail "the plain text of $name differs"
+        grep -F "\"path\":\"$name\"" entries | grep -qF "\"treeHash\":\"$(od -An -tx1 "$name.hash" | tr -d ' \n')\"" ||
+            fail "the tree hash of $name differs"
     done
+    change_byte vault/manifest 40
+    manual_commands vault empty >out
+    expect_line out differ
+}
+
+summary() { # FILE: the numbers of new, changed, unchanged and removed entries
+    sed -n 's/.*; \([0-9]*\) new, \([0-9]*\) changed, \([0-9]*\) unchanged, \([0-9]*\) removed.*/\1 \2 \3 \4/p' "$1"
+}
+
+expect_update() { # NUMBERS SEALED-FILES [OPTION]: an update of the vault, after which it opens to the source
+    expect_status 0 seal "${@:3}" source vault
+    [ "$(summary out)" = "$1" ] || fail "not $1: $(cat out)"
+    expect_line out "sealed $2 file"
+    rm -rf target
+    expect_status 0 verify vault
+    ! grep -q 'left over' out || fail "something is left over"
+    expect_status 0 open vault target
+    expect_same_trees source target
+    [ "$(attributes source)" = "$(attributes target)" ] || fail "attributes differ: $(attributes source; attributes target)"
+}
+
+check_update() {
+    mkdir -p source/folder
+    local name
+    for name in a b c folder/d; do echo "$name" >"source/$name"; done
+    ln -s a source/link
+    expect_status 0 seal source vault
+    cp vault/manifest manifest
+    expect_update '0 0 5 0' 0
+    cmp manifest vault/manifest || fail "a manifest was written for nothing"
+    touch -d '2001-02-03 04:05:06.123456789' source/a # the time alone
+    echo longer >source/b
+    echo longer >>source/folder/d
+    rm source/c source/link
+    ln -s b source/link
+    echo new >source/new
+    expect_update '1 4 0 1' 4
+    touch -r source/new stamp
+    printf 'NEW\n' >source/new && touch -r stamp source/new
+    chmod 600 source/b
+    expect_status 0 seal source vault
+    [ "$(summary out)" = '0 1 4 0' ] || fail "permissions: $(cat out)"
+    expect_update '0 1 4 0' 4 --force # finds what size and time do not show
+    rm -r source/folder source/a source/b
+    mkdir source/b # a folder in the place of a file
+    echo in >source/b/in
+    mv source/new source/a
+    expect_update '1 1 1 3' 2
+    [ "$(file_count vault/data)" -eq 2 ] || fail "sealed files are left: $(ls vault/data)"
+    cp -R vault copy
+    ORVSEAL_PASSWORD=wrong expect_refusal seal source vault
+    expect_line err 'wrong password'
+    expect_refusal seal --algorithm des source vault
+    expect_refusal seal missing vault
+    expect_same_trees copy vault
+}
+
+check_unreadable_entries_stay_in_the_vault() {
+    mkdir -p source/folder
+    echo kept >source/file
+    ln source/file source/folder/name
+    echo other >source/folder/other
+    expect_status 0 seal source vault
+    cp -a source before
+    if [ "$(id -u)" -ne 0 ]; then
+        chmod 000 source/file source/folder
+        expect_status 1 seal source vault
+        chmod 700 source/folder
+        expect_status 0 open vault target
+        expect_same_trees before target
+    else
+        echo "    skipped: nothing is unreadable for root"
+    fi
+}
+
+check_hard_links() {
+    mkdir -p source/folder
+    echo content >source/folder/b
+    ln source/folder/b source/c
+    ln source/folder/b source/d
+    echo content >source/single
+    expect_status 0 seal source vault
+    [ "$(file_count vault/data)" -eq 2 ] || fail "not stored once"
+    expect_status 0 open vault target
+    expect_same_trees source target
+    [ target/c -ef target/folder/b ] && [ target/c -ef target/d ] || fail "they are no links"
+    [ ! target/c -ef target/single ] || fail "it is no link"
+    expect_status 0 open vault part folder d # the file itself, "c", is not among them
+    [ part/d -ef part/folder/b ] || fail "the links of a part are none"
+    expect_absent part/c
+    rm source/c
+    expect_update '0 2 1 1' 1
+    echo changed >source/d
+    expect_update '0 2 1 0' 1
+}
+
+check_paths() {
+    mkdir -p source/folder/inner 'source/folder 2' source/other
+    for name in folder/a folder/inner/b 'folder 2/c' other/d; do echo "$name" >"source/$name"; done
+    chmod 750 source/folder
+    expect_status 0 seal source vault
+    expect_status 0 open vault target folder/inner/ './other/d'
+    [ "$(cd target && find . -type f | sort | tr '\n' ' ')" = './folder/inner/b ./other/d ' ] || fail "$(find target)"
+    [ "$(attributes target | grep ' ./folder$' | cut -d ' ' -f 1)" = 750 ] || fail "the folder above has other attributes"
+    expect_status 1 open vault some folder missing
+    expect_line err 'orvseal: missing: it is not in the vault'
+    [ "$(cd some && find . -type f | sort | tr '\n' ' ')" = './folder/a ./folder/inner/b ' ] || fail "$(find some)"
+    expect_status 2 open vault none missing 'folder 3' ../source
+    expect_line err 'orvseal: ../source: it is not in the vault'
+    expect_absent none
+}
+
+check_holes() {
+    mkdir source
+    large_file source/large 64
+    printf x | dd of=source/large bs=1 seek=30000000 conv=notrunc 2>/dev/null
+    large_file source/zeros 1
+    head -c 5000 /dev/zero >source/written
+    expect_status 0 seal source vault
+    expect_status 0 open vault target
+    cmp source/large target/large
+    expect_same_trees source target
+    [ "$(du -k target | cut -f 1)" -lt 1000 ] || fail "zeros take room: $(du -k target)"
+}
+
+check_owners() {
+    if [ "$(id -u)" -ne 0 ]; then
+        echo "    skipped: only root may give files away"
+        return 0
+    fi
+    mkdir source
+    echo text >source/file
+    ln -s file source/link
+    chown -h 12345:23456 source/file source/link source
+    chmod 640 source/file
+    expect_status 0 seal source vault
+    expect_status 0 open vault target
+    [ "$(attributes source)" = "$(attributes target)" ] || fail "owners differ: $(attributes target)"
+    if command -v setpriv >/dev/null; then
+        chmod 711 "$work"
+        chmod -R a+rwX .
+        setpriv --reuid 54321 --regid 54321 --clear-groups "$program" open vault other >out 2>err || fail "$(cat err)"
+        expect_line out '3 entries could not be given to their owners and groups'
+    fi
+}
+
+check_what_is_not_kept_is_counted() {
+    mkdir source
+    echo text >source/file
+    chmod 4755 source/file
+    expect_status 0 seal source vault
+    expect_line out '1 entry has a set-user-ID or set-group-ID bit, which is not kept'
+    if command -v setfattr >/dev/null && setfattr -n user.test -v x source/file 2>/dev/null; then
+        expect_status 0 seal source vault
+        expect_line out '1 entry has extended attributes, which are not kept'
+    else
+        echo "    skipped, in part: no extended attributes here"
+    fi
 }
 
 check_nothing_is_overwritten() {
@@ -381,9 +558,6 @@ check_nothing_is_overwritten() {
     expect_absent nowhere
     mkdir empty
     expect_status 0 seal source empty
-    cp -R vault before-vault
-    expect_refusal seal source vault
-    expect_same_trees before-vault vault
     mkdir empty-target
     expect_status 0 open vault empty-target/
     expect_same_trees source empty-target
@@ -442,9 +616,9 @@ check_unreadable_entries() {
     [ "$(wc -l <err)" -eq 2 ] || fail "not two lines: $(cat err)"
     expect_status 0 verify vault
     expect_line out 'verified 1 file'
-    chmod 000 vault/data/00000001.sealed
+    chmod 000 vault/data/*
     expect_status 1 verify vault
-    expect_line err 'orvseal: kept: its sealed file 00000001.sealed: Permission denied'
+    expect_line err ': Permission denied'
     ! grep -q damaged err || fail "it is called damaged: $(cat err)"
 }
 
@@ -517,12 +691,12 @@ check_usage() {
     expect_line out 'Exit status'
 }
 
-interrupt() { # SIGNAL STATUS FILE COMMAND...: sends the signal once there is something in FILE, a pattern
-    local signal=$1 expected=$2 file=$3 process status=0
+interrupt() { # SIGNAL STATUS CONDITION COMMAND...: sends the signal once the condition holds
+    local signal=$1 expected=$2 condition=$3 process status=0
     shift 3
     "$program" "$@" >out 2>err </dev/null &
     process=$!
-    wait_for eval "[ -s $file ]"
+    wait_for eval "$condition"
     kill "-$signal" "$process"
     wait "$process" || status=$?
     [ "$status" -eq "$expected" ] || fail "exit status $status, not $expected ($(cat err))"
@@ -532,12 +706,12 @@ interrupt() { # SIGNAL STATUS FILE COMMAND...: sends the signal once there is so
 check_interrupt() {
     mkdir source
     large_file source/large 4096
-    interrupt INT 130 vault/data/00000001.sealed seal source vault
+    interrupt INT 130 '[ -s vault/data/* ]' seal source vault
     expect_absent vault
-    interrupt HUP 129 vault/data/00000001.sealed seal source vault
+    interrupt HUP 129 '[ -s vault/data/* ]' seal source vault
     expect_absent vault
     mkdir vault
-    interrupt TERM 143 vault/data/00000001.sealed seal source vault
+    interrupt TERM 143 '[ -s vault/data/* ]' seal source vault
     [ -z "$(ls -A vault)" ] || fail "in the vault are: $(ls -A vault)"
 }
 
@@ -560,14 +734,17 @@ check_interrupted_opening() {
     echo small >source/a
     large_file source/b 100
     expect_status 0 seal --algorithm des3 source vault # a slow one, so that there is time
-    interrupt INT 130 'target/.orvseal-*/00000002.sealed' open --jobs 1 vault target
+    interrupt INT 130 '[ -e target/a ] && [ -e target/.orvseal-*/* ]' open --jobs 1 vault target
     [ "$(ls -A target)" = a ] || fail "in the target are: $(ls -A target)"
     cmp source/a target/a || fail "the complete file differs"
 }
 
 check_log() {
     small_vault
-    change_byte vault/data/00000002.sealed 0 # of "one", the second one in the order of names
+    local sealed
+    sealed=$(sealed_of vault one)
+    [ -f "$sealed" ] || return 0
+    change_byte "$sealed" 0
     expect_status 1 verify --log-dir log/folder vault
     expect_line log/folder/log_orvseal.log 'verify begins'
     expect_line log/folder/log_orvseal.log '[WARNING]: [ orvseal ]'

@@ -1,0 +1,37 @@
+#include "System.h"
+
+#include <fcntl.h>
+#include <sys/acl.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+namespace orvseal {
+
+qint64 modifiedTime(const struct stat& status)
+{
+    return nanosecondsOf(status.st_mtimespec);
+}
+
+bool flushFile(int descriptor)
+{
+    return ::fsync(descriptor) == 0;
+}
+
+bool flushVolume(int folderDescriptor)
+{
+    // fsync() leaves to the drive when it writes; network file systems know no more than that.
+    return ::fcntl(folderDescriptor, F_FULLFSYNC) == 0 || ::fsync(folderDescriptor) == 0;
+}
+
+Extras extrasOf(const char* path)
+{
+    Extras extras;
+    extras.attributes = ::listxattr(path, nullptr, 0, XATTR_NOFOLLOW) > 0;
+    if (const acl_t list = ::acl_get_link_np(path, ACL_TYPE_EXTENDED)) {
+        extras.accessList = true;
+        ::acl_free(list);
+    }
+    return extras;
+}
+
+} // namespace orvseal
