@@ -5,7 +5,10 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 preset=${1:-release}
+echo "Installing what is missing"
 tools/bootstrap.sh
+echo "Building ($preset)"
 cmake --preset "$preset" >/dev/null
 cmake --build --preset "$preset"
+echo "Testing"
 ctest --preset "$preset"

@@ -7,19 +7,26 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace orvseal {
 
 namespace {
 
-constexpr int BarWidth = 30;          // characters
+constexpr int BarWidth = 10;          // characters
 constexpr qint64 LineInterval = 5000; // ms
 
 bool hasTerminal()
 {
     static const bool terminal = ::isatty(STDERR_FILENO) != 0;
     return terminal;
+}
+
+int terminalWidth() // characters
+{
+    winsize size = {};
+    return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }
 
 QString filesText(qint64 count)
@@ -37,6 +44,7 @@ void printError(const QString& line)
 void Report::begin(const QString& activity, qint64 files, qint64 bytes)
 {
     m_activity = activity;
+    m_totalFiles = files;
     m_totalBytes = bytes;
     m_timer.start();
     showProblems();
@@ -90,8 +98,9 @@ void Report::show()
     showProblems();
     if (hasTerminal()) {
         const int filled = int(portionDone() * BarWidth);
-        const QString bar = QString(filled, '#').leftJustified(BarWidth);
-        std::fprintf(stderr, "\r[%s] %s\x1b[K", qUtf8Printable(bar), qUtf8Printable(progressText()));
+        const QString bar = '[' + QString(filled, '#').leftJustified(BarWidth) + QStringLiteral("] ");
+        // At once and over what is there, so that nothing flickers; a line that is too long would not go away.
+        std::fprintf(stderr, "\r%s\x1b[K", qUtf8Printable((bar + progressText()).left(terminalWidth() - 1)));
         m_barShown = true;
     } else if (m_timer.elapsed() - m_lastLine >= LineInterval) {
         m_lastLine = m_timer.elapsed();
@@ -163,7 +172,17 @@ double Report::portionDone() const
 
 QString Report::progressText() const
 {
-    return QStringLiteral("%1 %2 %, %3").arg(m_activity).arg(int(portionDone() * 100)).arg(sizeText(m_bytes));
+    const double milliseconds = double(std::max<qint64>(1, m_timer.elapsed()));
+    const double portion = portionDone();
+    QString text =
+        QStringLiteral("%1 %2 %, %3 of %4, %5, %6/s")
+            .arg(m_activity)
+            .arg(int(portion * 100))
+            .arg(m_files)
+            .arg(filesText(m_totalFiles), sizeText(m_bytes), sizeText(qint64(double(m_bytes) * 1000 / milliseconds)));
+    if (portion > 0)
+        text += QStringLiteral(", %1 left").arg(durationText(qint64(milliseconds * (1 - portion) / portion)));
+    return text;
 }
 
 } // namespace orvseal

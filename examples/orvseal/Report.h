@@ -55,6 +55,7 @@ private:
     std::atomic<qint64> m_bytes{0};
     QElapsedTimer m_timer;
     QString m_activity;
+    qint64 m_totalFiles = 0;
     qint64 m_totalBytes = 0;
     qint64 m_lastLine = 0; // when the last line of progress was printed, in ms
     bool m_barShown = false;

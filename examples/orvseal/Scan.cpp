@@ -47,7 +47,10 @@ QString textOf(const std::string& name)
 
 class Scan {
 public:
-    Scan(const QString& source, Report& report) : m_source(source), m_report(report) { }
+    Scan(const QString& source, const Entries& before, Report& report)
+        : m_source(source), m_before(before), m_report(report)
+    {
+    }
 
     ScanResult run()
     {
@@ -99,7 +102,8 @@ private:
         const QString place = path.isEmpty() ? m_source : m_source + '/' + path;
         const FileState state = stateOf(path.isEmpty() ? place + '/' : place); // the folder may be given as a link
         Entry entry;
-        entry.path = path;
+        const Entry* old = find(m_before, path);
+        entry.path = old != nullptr ? old->path : path;
         entry.permissions = state.permissions;
         entry.modified = state.modified;
         entry.owner = state.owner;
@@ -141,6 +145,7 @@ private:
     }
 
     const QString m_source;
+    const Entries& m_before;
     Report& m_report;
     std::vector<QString> m_folders;  // still to be read
     std::map<QString, FileId> m_ids; // of files with several names
@@ -149,9 +154,9 @@ private:
 
 } // namespace
 
-ScanResult scan(const QString& source, Report& report)
+ScanResult scan(const QString& source, const Entries& before, Report& report)
 {
-    return Scan(source, report).run();
+    return Scan(source, before, report).run();
 }
 
 } // namespace orvseal

@@ -187,15 +187,14 @@ public:
     Plan(Entries before, bool keepsKey) : m_before(std::move(before)), m_keepsKey(keepsKey) { }
 
     /// Files that are as the vault has them take over what was sealed; returns the others, with new IVs.
-    std::vector<Entry*> compare(ScanResult found, bool force, const Cipher& cipher)
+    std::vector<Entry*> compare(const QString& source, bool force, const Cipher& cipher, Report& report)
     {
+        ScanResult found = scan(source, m_before, report);
         m_failed = std::move(found.failed);
         m_entries = std::move(found.entries);
         std::vector<Entry*> files;
         for (Entry& entry : m_entries) {
             const Entry* old = find(m_before, entry.path);
-            if (old != nullptr)
-                entry.path = old->path; // the same, but held once
             if (entry.type != Entry::File)
                 continue;
             if (old != nullptr && !force && m_keepsKey && old->type == Entry::File && old->size == entry.size &&
@@ -350,7 +349,7 @@ void sealFolder(const QString& source, const QString& vault, const Options& opti
         before = readManifest(vault, head, keys);
 
     Plan plan(std::move(before), keepsKey);
-    const std::vector<Entry*> files = plan.compare(scan(source, report), options.force, keys.cipher);
+    const std::vector<Entry*> files = plan.compare(source, options.force, keys.cipher, report);
     qint64 bytes = 0;
     for (const Entry* file : files)
         bytes += file->size;
@@ -365,9 +364,10 @@ void sealFolder(const QString& source, const QString& vault, const Options& opti
         writeManifest(vault, head, keys, plan.entries());
         if (isUpdate && !keepsKey)
             writeHead(vault, head); // this puts the new state in place
+        update.setFinished();
+        flushFolder(vault);
     }
     update.setFinished();
-    flushFolder(vault);
     update.removeSurplus(head, plan.entries(), report);
     report.finish(QStringLiteral("sealed"), isUpdate ? plan.summary() : QString());
 }
