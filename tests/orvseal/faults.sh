@@ -44,6 +44,12 @@ check_size_limit_at_the_manifest() {
     (ulimit -f 1 && expect_status 2 seal source vault)
     expect_one_line 'manifest.new cannot be written'
     expect_absent vault
+    expect_status 0 seal source vault
+    cp -a vault before
+    echo changed >>source/1
+    rm source/2
+    (ulimit -f 1 && expect_status 2 seal source vault)
+    expect_same_trees before vault
 }
 
 check_size_limit_while_opening() {
@@ -134,7 +140,8 @@ check_file_that_changes_while_it_is_sealed() {
     for change in shrink grow rewrite; do
         seal_with_change "$change" 1
         grep -Eq '^orvseal: a: (changed|it became shorter) while it was read$' err || fail "$change: $(cat err)"
-        [ "$(wc -l <err)" -eq 1 ] || fail "$change: not one line: $(cat err)"
+        # Besides, there is a line of progress where it takes long.
+        [ "$(grep -c '^orvseal: ' err)" -eq 1 ] || fail "$change: not one line: $(cat err)"
         expect_status 0 list vault
         [ "$(wc -l <out)" -eq 13 ] || fail "$change: not the 13 other files: $(cat out)"
         [ "$(file_count vault/data)" -eq 13 ] || fail "$change: not 13 sealed files: $(ls vault/data)"
@@ -249,7 +256,7 @@ check_killed_while_updating() {
         fi
         expect_status 0 seal source vault
         expect_status 0 verify vault
-        [ ! -s err ] && ! grep -q 'left over' out || fail "round $round: something is left: $(cat out err)"
+        ! grep -q 'left over' out || fail "round $round: something is left: $(cat out err)"
         rm -rf state-0
         mv state-1 state-0
         change_source "$before"
