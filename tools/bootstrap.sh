@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # Installs what building and testing need and what is missing. Says nothing when nothing is.
-# usage: tools/bootstrap.sh [abi] [benchmarks] [docs] [fuzz] [lint] [macos] [packages]    also what these need
+# usage: tools/bootstrap.sh [abi] [benchmarks] [docs] [fuzz] [lint] [macos] [packages] [qt6]    also what these need
 set -euo pipefail
 
 debian_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libcrypto++-dev libeasyloggingpp-dev
     libgtest-dev libgmock-dev libssl-dev zlib1g-dev openssl)
-brew_formulas=(cmake ninja ccache pkg-config qt@5 cryptopp googletest openssl@3)
+brew_formulas=(cmake ninja ccache pkg-config cryptopp googletest openssl@3)
+brew_qt=qt@5
 for purpose in "$@"; do
     case $purpose in
     benchmarks)
@@ -31,7 +32,11 @@ for purpose in "$@"; do
         debian_packages+=(clang lld llvm libc++-dev dpkg-dev python3)
         ;;
     packages)
-        debian_packages+=(dpkg-dev debootstrap)
+        debian_packages+=(dpkg-dev debootstrap devscripts lintian gzip file)
+        ;;
+    qt6)
+        debian_packages+=(qt6-base-dev)
+        brew_qt=qt
         ;;
     *)
         echo "$0 knows nothing of \"$purpose\"" >&2
@@ -63,8 +68,13 @@ install_debian() {
 install_macos() {
     command -v brew >/dev/null || { echo "Homebrew is needed: https://brew.sh" >&2; exit 2; }
     local missing=() formula
-    for formula in "${brew_formulas[@]}"; do
-        brew list --formula "$formula" >/dev/null 2>&1 || missing+=("$formula")
+    has() { brew list --formula "$1" >/dev/null 2>&1; }
+    # Homebrew removes Qt 5 in May 2027: where it cannot be had any more, Qt 6 is taken.
+    if [ $brew_qt = qt@5 ] && ! has qt@5 && { has qt || ! brew install qt@5; }; then
+        brew_qt=qt
+    fi
+    for formula in "${brew_formulas[@]}" $brew_qt; do
+        has "$formula" || missing+=("$formula")
     done
     [ ${#missing[@]} -eq 0 ] || brew install "${missing[@]}"
     fetch_easyloggingpp
@@ -94,7 +104,7 @@ elif [ "$(uname)" = Darwin ]; then
 else
     cat >&2 <<'EOF'
 This script knows Debian and macOS. Install these by hand, then use the CMake presets:
-  a C++17 compiler, CMake 3.25, Ninja, pkg-config, Qt 5.15 Core, Crypto++ 8.7,
+  a C++17 compiler, CMake 3.25, Ninja, pkg-config, Qt 5.15 Core (or Qt 6.4), Crypto++ 8.7,
   easylogging++ 9.97 (header and source), OpenSSL 3 with its program, zlib, GoogleTest with GoogleMock
 EOF
     exit 2

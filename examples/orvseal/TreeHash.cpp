@@ -12,7 +12,7 @@ void TreeHash::addData(const char* data, qint64 size)
 {
     while (size > 0) {
         const qint64 portion = std::min(size, FullPart - m_partSize);
-        m_part.addData(data, int(portion));
+        m_part.addData(QByteArray::fromRawData(data, int(portion)));
         m_partSize += portion;
         if (m_partSize == FullPart)
             endPart();

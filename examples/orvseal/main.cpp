@@ -13,7 +13,6 @@
 #include <QDir>
 #include <QMap>
 #include <QMetaEnum>
-#include <QTextCodec>
 #include <QThread>
 
 #include <algorithm>
@@ -21,6 +20,20 @@
 #include <fcntl.h>
 #include <limits>
 #include <unistd.h>
+
+// File names are UTF-8, whatever the locale. Qt 6 sees to it; with Qt 5, the C locale would let few of them through.
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+#include <QTextCodec>
+
+static void useUtf8()
+{
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+}
+#else
+static void useUtf8()
+{
+}
+#endif
 
 using namespace orvseal;
 using Orv::Exception::Base;
@@ -220,8 +233,7 @@ void requireOutput()
 int main(int argc, char* argv[])
 {
     openStandardStreams();
-    // File names are UTF-8, whatever the locale: without this the C locale would not let most of them through.
-    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    useUtf8();
     const QCoreApplication application(argc, argv);
     catchInterrupts();
 

@@ -166,7 +166,8 @@ TEST_F(PackageArchive, BoundedMemoryAndTime)
             const std::clock_t start = std::clock(); // time of the processor
             EXPECT_EQ(warningFor(row.content), row.warning);
             CheckPackageSignature(path).check_();
-            EXPECT_LT(std::clock() - start, ORV_TIME_LIMIT * CLOCKS_PER_SEC);
+            // Twice: the XML reader of Qt 6 takes longer than that of Qt 5 for the prefixes.
+            EXPECT_LT(std::clock() - start, 2 * ORV_TIME_LIMIT * CLOCKS_PER_SEC);
             EXPECT_LT(peakMemory() - before, qint64(ORV_MEMORY_LIMIT) << 20);
         });
     }

@@ -2,9 +2,6 @@
 
 #include "FolderTest.h"
 
-#include <QScopeGuard>
-#include <QTextCodec>
-
 #include <cstring>
 
 using namespace Orv::Utility;
@@ -60,19 +57,6 @@ TEST_F(FileTypeCheckTest, Types)
         EXPECT_EQ(reason, "File is is data less");
         EXPECT_EQ(logged.take(), QStringList("warning: File: /some where is data less"));
     }
-}
-
-TEST_F(FileTypeCheckTest, NamesAreEncodedForTheLocale)
-{
-    const QString path = placeOf(QStringLiteral("größe"));
-    ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
-    const auto restore =
-        qScopeGuard([before = QTextCodec::codecForLocale()] { QTextCodec::setCodecForLocale(before); });
-    QString reason;
-    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
-    EXPECT_EQ(validateFileType(path, reason), Suitable);
-    QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
-    EXPECT_EQ(validateFileType(path, reason), StatFailed);
 }
 
 TEST(CustomSystemAndHiddenCheck, ExactlyTheTwoFolders)

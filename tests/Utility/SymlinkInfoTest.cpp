@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <limits>
 #include <sys/stat.h>
 
 using Orv::Core::FS::FileInfo;
@@ -114,6 +115,8 @@ TEST_F(SymlinkInfoTest, SetsModificationAndAccessTime)
     expectTimes(file + QChar(0) + link, noon, seconds - 60);
     expectTimes(missing, noon, seconds - 60);
     EXPECT_FALSE(QFile::exists(missing));
+    for (const QDateTime& beyond : {QDateTime(), noon.addYears(-100), noon.addYears(200)})
+        expectTimes(file, beyond, std::numeric_limits<quint32>::max());
     EXPECT_EQ(logged.take(), QStringList());
 }
 

@@ -3,6 +3,7 @@
 #include "Log/ThreadNumber_p.h"
 
 #include <QHash>
+#include <QIODevice>
 #include <QVarLengthArray>
 
 #include <array>

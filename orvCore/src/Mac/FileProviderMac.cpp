@@ -44,7 +44,8 @@ bool FileProviderMac::isUbiquitous() const
     const CloudSetup setup = m_item->setup(); // asking for the container is what lets the process see into it
     const bool isUbiquitous = m_item->isUbiquitous();
     logSetup(*m_item, setup, isUbiquitous);
-    OrvDebug(CORE_MODULE_NAME).debug() << QProcess::systemEnvironment();
+    OrvDebug(CORE_MODULE_NAME).debug() << QLatin1Char('(') + QProcess::systemEnvironment().join(QLatin1String(", ")) +
+            QLatin1Char(')');
     return isUbiquitous;
 }
 

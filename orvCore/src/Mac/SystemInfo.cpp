@@ -23,7 +23,7 @@ struct MacOsVersion {
     {
         std::array<unsigned short, 3> numbers{};
         const QStringList parts = text.split(QLatin1Char('.'));
-        std::transform(parts.begin(), parts.begin() + std::min(parts.size(), 3), numbers.begin(),
+        std::transform(parts.begin(), parts.begin() + std::min<qsizetype>(parts.size(), 3), numbers.begin(),
             [](const QString& part) { return part.toUShort(); });
         major = numbers[0];
         minor = numbers[1];
@@ -63,7 +63,9 @@ QString macOsVersion(const QString& folder)
     MacOsVersion version;
     for (const char* name : {"SystemVersion.plist", ".SystemVersionPlatform.plist"}) {
         QFile list(folder + QLatin1String(name));
-        if (list.open(QIODevice::ReadOnly) && parse(QString::fromUtf8(list.readAll()), version) && !version.is1016())
+        // Up to the first zero byte, with any Qt: of a byte array, only Qt 5 would stop there.
+        if (list.open(QIODevice::ReadOnly) && parse(QString::fromUtf8(list.readAll().constData()), version) &&
+            !version.is1016())
             break;
     }
     return version.toString();

@@ -2,16 +2,30 @@
 
 #include "Utility/NativePath_p.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
+#include <limits>
 #include <sys/stat.h>
 #include <utime.h>
 
 namespace Orv::Utility {
 
+namespace {
+
+/// The whole seconds since 1970 of a time from then to 2106, and the last second of these for any other.
+time_t secondsOf(const QDateTime& time)
+{
+    constexpr qint64 last = std::numeric_limits<quint32>::max();
+    const qint64 seconds = time.toMSecsSinceEpoch() / 1000;
+    return static_cast<time_t>(time.isValid() && seconds >= 0 ? std::min(seconds, last) : last);
+}
+
+} // namespace
+
 void FileInfo::changeLastModefiedDate(const QString& path, const QDateTime& time)
 {
-    const time_t seconds = time.toUTC().toTime_t();
+    const time_t seconds = secondsOf(time);
     const utimbuf times = {seconds, seconds};
     ::utime(nativePath(path.toUtf8()).constData(), &times);
 }

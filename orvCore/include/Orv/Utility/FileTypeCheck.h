@@ -18,7 +18,8 @@ enum FileTypeVerdict : int {
 ///
 /// `reason` is set for people, in the language of the application's translator, unless the verdict is `Suitable`. A
 /// path that cannot be examined is logged as an error, a file without its data as a warning. The path is encoded for
-/// the current locale: under the C locale, a name outside ASCII is not found. Thread-safe.
+/// the current locale: under the C locale, a name outside ASCII is not found. With Qt 6 it is always UTF-8.
+/// Thread-safe.
 ORV_EXPORT int validateFileType(const QString& path, QString& reason);
 
 /// Whether a path is one of the system's own top folders, which a backup takes for system and hidden: exactly

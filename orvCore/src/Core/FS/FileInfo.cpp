@@ -18,10 +18,8 @@ QDateTime timeOf(qint64 milliseconds)
 
 QDateTime createdOrChanged(const QFileInfo& info)
 {
-    QT_WARNING_PUSH
-    QT_WARNING_DISABLE_DEPRECATED // its successor gives no time where the file system does not keep that of creation
-        return info.created();
-    QT_WARNING_POP
+    const QDateTime born = info.birthTime();
+    return born.isValid() ? born : info.metadataChangeTime();
 }
 
 bool isLink(const char* path)

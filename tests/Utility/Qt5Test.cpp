@@ -1,0 +1,39 @@
+// What depends on functions that Qt 6 no longer has: a locale's encoding of names, and a generator that clients seed.
+#include <Orv/Utility/FileTypeCheck.h>
+#include <Orv/Utility/RandomString.h>
+
+#include "FolderTest.h"
+
+#include <QScopeGuard>
+#include <QTextCodec>
+
+using Orv::Utitlity::RandomString;
+
+class Qt5Test : public FolderTest { };
+
+TEST_F(Qt5Test, FileTypesOfNamesInTheEncodingOfTheLocale)
+{
+    const QString path = placeOf(QStringLiteral("größe"));
+    ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
+    const auto restore =
+        qScopeGuard([before = QTextCodec::codecForLocale()] { QTextCodec::setCodecForLocale(before); });
+    QString reason;
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    EXPECT_EQ(Orv::Utility::validateFileType(path, reason), Orv::Utility::Suitable);
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+    EXPECT_EQ(Orv::Utility::validateFileType(path, reason), Orv::Utility::StatFailed);
+}
+
+TEST_F(Qt5Test, RandomStringFollowsTheSeededSequence)
+{
+    const QString letters = QStringLiteral("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789");
+    QT_WARNING_PUSH
+    QT_WARNING_DISABLE_DEPRECATED
+    qsrand(7);
+    QString expected;
+    while (expected.size() < 20)
+        expected += letters[qrand() % 62];
+    qsrand(7);
+    QT_WARNING_POP
+    EXPECT_EQ(RandomString::generateSimple(20), expected);
+}
