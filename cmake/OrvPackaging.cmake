@@ -2,8 +2,17 @@
 # installs to /usr, which also decides the folder of the library.
 
 get_target_property(abi orvCore SOVERSION)
+string(TOLOWER ${ORV_NAME} package)
+if(ORV_QT_MAJOR EQUAL 5)
+    set(library_package lib${package}${abi})
+    set(qt_package qtbase5-dev)
+else()
+    set(library_package lib${package}-${abi}) # the name ends with a digit
+    set(qt_package qt6-base-dev)
+endif()
+set(development_package lib${package}-dev)
 set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_NAME orvcore)
+set(CPACK_PACKAGE_NAME ${package})
 set(CPACK_PACKAGE_VENDOR "orvCore developers")
 set(CPACK_PACKAGE_CONTACT "orvCore developers <dev@orvcore.invalid>")
 set(CPACK_VERBATIM_VARIABLES ON)
@@ -16,8 +25,8 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_VERSION ${PROJECT_VERSION}-1)
 
 set(CPACK_COMPONENT_LIBRARY_DESCRIPTION
-    "${PROJECT_DESCRIPTION}\nLogging, encryption, a hash tree, files and the small forms that every module shares.")
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME liborvcore${abi})
+    "${PROJECT_DESCRIPTION}, with Qt ${ORV_QT_MAJOR}\nLogging, encryption, a hash tree, files, and the small forms\nthat every module shares.")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${library_package})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 # From the libraries it is linked to. Before 1.0, a program fits only the version that it was built with.
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
@@ -25,10 +34,25 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY "=")
 
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
-    "${PROJECT_DESCRIPTION} (development)\nHeaders, CMake package and pkg-config file.")
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME liborvcore-dev)
+    "${PROJECT_DESCRIPTION}, with Qt ${ORV_QT_MAJOR} (development)\nHeaders, CMake package and pkg-config file.")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${development_package})
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-    "liborvcore${abi} (= ${CPACK_DEBIAN_PACKAGE_VERSION}), qtbase5-dev (>= 5.15)")
+    "${library_package} (= ${CPACK_DEBIAN_PACKAGE_VERSION}), ${qt_package} (>= ${ORV_QT_VERSION})")
+
+# What Debian asks of every package
+set(folder ${CMAKE_CURRENT_BINARY_DIR}/debian)
+find_program(GZIP gzip REQUIRED)
+foreach(component library development)
+    string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC) # or SOURCE_DATE_EPOCH, for a build that can be repeated
+    configure_file(${CMAKE_CURRENT_LIST_DIR}/debian/changelog.in ${folder}/${component}/changelog.Debian @ONLY)
+    execute_process(COMMAND ${GZIP} -9nf ${folder}/${component}/changelog.Debian COMMAND_ERROR_IS_FATAL ANY)
+    install(FILES ${CMAKE_CURRENT_LIST_DIR}/debian/copyright ${folder}/${component}/changelog.Debian.gz
+        DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${${component}_package} COMPONENT ${component})
+endforeach()
+file(WRITE ${folder}/triggers "activate-noawait ldconfig\n")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${folder}/triggers)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/debian/NoMaintainerScripts.cmake)
 
 include(CPack)
