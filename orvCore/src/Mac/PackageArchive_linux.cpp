@@ -264,7 +264,7 @@ std::optional<Contents> readContents(ArchiveFile& file)
     const auto table = inflate(*compressed, header->tableSize);
     if (!table)
         return std::nullopt;
-    const QString text = QString::fromUtf8(table->constData()); // up to the first zero byte, with any Qt
+    const QString text = QString::fromUtf8(table->constData());         // up to the first zero byte, with any Qt
     const QByteArray byteOrderMark = QByteArrayLiteral("\xEF\xBB\xBF"); // which the conversion drops
     if (text.toUtf8() != *table && byteOrderMark + text.toUtf8() != *table)
         return std::nullopt; // not UTF-8

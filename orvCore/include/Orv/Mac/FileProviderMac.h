@@ -17,8 +17,8 @@ class CloudItem;
 /// Every call asks the system anew, and leaves a full trace in the debug log: two records, one with the file and the
 /// user's cloud set-up, one with the process's whole environment: a process that uses this should keep no secrets
 /// there. The record of the cloud configuration needs the URL of the application's container: the system may block the
-/// calling thread while it looks it up, so call from a worker thread rather than from one with a user interface. Nothing
-/// is thrown. Where there is no cloud drive, as on Linux, no file is in it.
+/// calling thread while it looks it up, so call from a worker thread rather than from one with a user interface.
+/// Nothing is thrown. Where there is no cloud drive, as on Linux, no file is in it.
 ///
 /// An object may be used by any thread, one at a time. The signal is emitted on the thread of the call.
 class ORV_EXPORT FileProviderMac : public QObject {

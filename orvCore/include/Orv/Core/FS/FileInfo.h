@@ -14,8 +14,9 @@ namespace Orv::Core::FS {
 /// call. Links are followed, but for `isSymLink()`.
 ///
 /// Times are in UTC, so that snapshots compare across zones and daylight-saving changes. Nothing is reported: an entry
-/// that is gone gives an empty snapshot, and a dangling link one with null times and no permissions. A Finder alias is a
-/// regular file here, but `isSymLink()` is true for it. All answers are those of QFileInfo. May be read by several threads while none changes it.
+/// that is gone gives an empty snapshot, and a dangling link one with null times and no permissions. A Finder alias is
+/// a regular file here, but `isSymLink()` is true for it. All answers are those of QFileInfo. May be read by several
+/// threads while none changes it.
 class ORV_EXPORT FileInfo {
 public:
     /// Stands for nothing; does not ask the file system.
