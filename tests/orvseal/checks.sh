@@ -77,11 +77,13 @@ manual_commands() { # VAULT [PATH]
     vault=$1 path=${2-one}
     set +e # without a path, the last of them finds no file
     # shellcheck source=/dev/null
+    # shellcheck disable=SC2016 # the "$" is one of sed
     . <(sed -n '/^```sh$/,/^```$/{/^```/!p}' "$manual") 2>manual.err
     set -e
 }
 
 sealed_of() { # VAULT PATH: prints its sealed file
+    # shellcheck disable=SC2034 # set and used by the commands of the manual
     local key mac_key iv manifest vault path
     manual_commands "$1" "$2" >&2
     echo "$1/data/$iv"

@@ -117,6 +117,7 @@ seal_with_change() { # CHANGE EXPECTED-STATUS
     "$program" seal --iterations 50000 --jobs 1 --algorithm des3 source vault >out 2>err </dev/null &
     process=$!
     trap 'kill -KILL "$process" 2>/dev/null || :' EXIT # it would stay for ever if it were halted
+    # shellcheck disable=SC2016 # evaluated each time
     wait_for eval '[ -n "$(find vault/data -size +0 2>/dev/null)" ]'
     kill -STOP "$process"
     [ -z "$(find vault/data -size +"$size"c)" ] || fail "it was too late to change anything"
@@ -291,6 +292,7 @@ check_two_runs_at_once() {
     local process
     "$program" seal --iterations 50000 --algorithm des3 source vault >first.out 2>first.err </dev/null &
     process=$!
+    # shellcheck disable=SC2016 # evaluated each time
     wait_for eval '[ -n "$(find vault/data -size +0 2>/dev/null)" ]'
     expect_refusal seal source vault
     expect_line err 'another run is writing to vault'

@@ -372,6 +372,7 @@ check_another_program_can_open_it() {
     md5_of source/one-part 0 1 >one-part.hash
     { { md5_of source/three-parts 0 1; md5_of source/three-parts 1 1; } | openssl dgst -md5 -binary
         md5_of source/three-parts 2 1; } | openssl dgst -md5 -binary >three-parts.hash
+    # shellcheck disable=SC2034 # set and used by the commands of the manual
     local name key mac_key iv manifest vault path
     for name in empty one-part three-parts; do
         manual_commands vault "$name"
@@ -467,7 +468,7 @@ check_hard_links() {
     [ "$(file_count vault/data)" -eq 2 ] || fail "not stored once"
     expect_status 0 open vault target
     expect_same_trees source target
-    [ target/c -ef target/folder/b ] && [ target/c -ef target/d ] || fail "they are no links"
+    if ! [ target/c -ef target/folder/b ] || ! [ target/c -ef target/d ]; then fail "they are no links"; fi
     [ ! target/c -ef target/single ] || fail "it is no link"
     expect_status 0 open vault part folder d # the file itself, "c", is not among them
     [ part/d -ef part/folder/b ] || fail "the links of a part are none"
