@@ -14,7 +14,6 @@
 
 #include <algorithm>
 
-using Orv::Core::Encryption::Key;
 using Orv::Exception::Base;
 
 namespace fs = std::filesystem;
@@ -137,7 +136,7 @@ private:
 
     bool isEmpty() const
     {
-        return m_names - QSet<QString>{QStringLiteral("lock"), QStringLiteral("vault.json.new")} == QSet<QString>();
+        return (m_names - QSet<QString>{QStringLiteral("lock"), QStringLiteral("vault.json.new")}).isEmpty();
     }
 
     void removeFolder()

@@ -68,7 +68,8 @@ void afterForkInParent()
 
 void afterForkInChild()
 {
-    deferred = 0;                      // that is the parent's
+    deferred = 0; // that is the parent's
+    ::pthread_mutex_unlock(&mutex);
     mutex = PTHREAD_MUTEX_INITIALIZER; // not every system lets the child unlock what its parent has locked
     if (forkedInside)
         acquire();

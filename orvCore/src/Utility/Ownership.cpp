@@ -65,8 +65,8 @@ public:
             m_error = ENOTDIR;
     }
     OpenFolder(OpenFolder&& other) noexcept
-        : m_descriptor(std::exchange(other.m_descriptor, -1)), m_path(other.m_path), m_status(other.m_status),
-          m_error(other.m_error)
+        : m_descriptor(std::exchange(other.m_descriptor, -1)), m_path(std::move(other.m_path)),
+          m_status(other.m_status), m_error(other.m_error)
     {
     }
     ~OpenFolder()

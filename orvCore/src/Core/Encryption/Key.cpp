@@ -28,8 +28,8 @@ QByteArray toByteArray(const SecByteBlock& block)
 }
 
 struct Row {
-    Algorithm algorithm;
     const char* name;
+    Algorithm algorithm;
     unsigned short keyLength;
     unsigned short ivLength;
 };
@@ -38,15 +38,15 @@ constexpr char AesName[] = "AES";
 constexpr char TripleDesName[] = "TripleDES";
 
 constexpr Row Algorithms[] = {
-    {Des, "DES", EncryptorDes::KeyLength, EncryptorDes::IvLength},
-    {Des112, TripleDesName, EncryptorDes112::KeyLength, EncryptorDes112::IvLength},
-    {Des3, TripleDesName, EncryptorDes3::KeyLength, EncryptorDes3::IvLength},
-    {Aes128, AesName, EncryptorAes128::KeyLength, EncryptorAes::IvLength},
-    {Aes192, AesName, EncryptorAes192::KeyLength, EncryptorAes::IvLength},
-    {Aes256, AesName, EncryptorAes256::KeyLength, EncryptorAes::IvLength},
+    {"DES", Des, EncryptorDes::KeyLength, EncryptorDes::IvLength},
+    {TripleDesName, Des112, EncryptorDes112::KeyLength, EncryptorDes112::IvLength},
+    {TripleDesName, Des3, EncryptorDes3::KeyLength, EncryptorDes3::IvLength},
+    {AesName, Aes128, EncryptorAes128::KeyLength, EncryptorAes::IvLength},
+    {AesName, Aes192, EncryptorAes192::KeyLength, EncryptorAes::IvLength},
+    {AesName, Aes256, EncryptorAes256::KeyLength, EncryptorAes::IvLength},
 };
 
-constexpr Row NoAlgorithm = {None, "NO", 0, 0};
+constexpr Row NoAlgorithm = {"NO", None, 0, 0};
 
 template <class Predicate> const Row& rowWith(Predicate predicate)
 {
