@@ -1,5 +1,9 @@
 # QtCore as a Mac would have it: this machine's headers and meta-object compiler, and the stub of the library.
 
+if(TARGET Qt5::Core) # found before
+    return()
+endif()
+
 find_program(MOC moc HINTS ${ORV_QT_BINARIES} REQUIRED)
 add_executable(Qt5::moc IMPORTED)
 set_target_properties(Qt5::moc PROPERTIES IMPORTED_LOCATION ${MOC})
