@@ -47,7 +47,7 @@ chmod +x "$work/bin/sw_vers"
 ln -s /usr/include/{cryptopp,easylogging++.h,gtest,gmock} "$work/include"
 
 # The C library, by the headers of the C standard, POSIX and BSD that declare it
-c_headers=(aio arpa/inet assert complex copyfile ctype dirent dlfcn err errno execinfo fcntl fenv float fnmatch ftw getopt
+c_headers=(sys/acl aio arpa/inet assert complex copyfile ctype dirent dlfcn err errno execinfo fcntl fenv float fnmatch ftw getopt
     glob grp iconv ifaddrs inttypes langinfo libgen limits locale mach/mach mach/mach_time malloc/malloc math monetary net/if
     netdb netinet/in nl_types poll pthread pwd regex sched search semaphore setjmp signal spawn stdarg stddef stdint stdio
     stdlib string strings sys/attr sys/file sys/ioctl sys/mman sys/mount sys/param sys/random sys/resource sys/select
