@@ -19,6 +19,9 @@ public:
 
     /// Gives a file an attribute of 600 bytes. False where there are none.
     static bool addLargeAttribute(const QFile& file);
+    /// From now on, reserving space stops half-way because the user's quota is used up. Quotas themselves need a kernel
+    /// that was built with them.
+    static void useUpQuota();
 
 private:
     QTemporaryDir m_folder;

@@ -2,10 +2,30 @@
 
 #include <QFile>
 
+#include <cerrno>
 #include <cstdlib>
+#include <fcntl.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/syscall.h>
 #include <sys/xattr.h>
+#include <unistd.h>
+
+namespace {
+
+bool quotaUsedUp = false;
+
+} // namespace
+
+/// In place of the C library's function.
+extern "C" int fallocate(int fd, int mode, off_t offset, off_t size)
+{
+    if (!quotaUsedUp)
+        return static_cast<int>(::syscall(SYS_fallocate, fd, mode, offset, size));
+    (void)!::syscall(SYS_fallocate, fd, mode, offset, size / 2);
+    errno = EDQUOT;
+    return -1;
+}
 
 PrivateMount::PrivateMount(qint64 size, const char* type) : m_path(m_folder.filePath(QStringLiteral("mounted")))
 {
@@ -20,6 +40,7 @@ PrivateMount::PrivateMount(qint64 size, const char* type) : m_path(m_folder.file
 
 PrivateMount::~PrivateMount()
 {
+    quotaUsedUp = false;
     if (m_reason.isNull())
         ::umount2(QFile::encodeName(m_path), MNT_DETACH);
 }
@@ -28,4 +49,9 @@ bool PrivateMount::addLargeAttribute(const QFile& file)
 {
     const QByteArray value(600, 'x');
     return ::fsetxattr(file.handle(), "user.large", value.constData(), size_t(value.size()), 0) == 0;
+}
+
+void PrivateMount::useUpQuota()
+{
+    quotaUsedUp = true;
 }

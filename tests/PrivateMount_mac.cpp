@@ -10,3 +10,7 @@ bool PrivateMount::addLargeAttribute(const QFile&)
 {
     return false;
 }
+
+void PrivateMount::useUpQuota()
+{
+}

@@ -74,6 +74,13 @@ TEST_P(PreallocateTest, NoSpace)
     EXPECT_EQ(logged.take(), QStringList());
 }
 
+TEST_P(PreallocateTest, QuotaUsedUp)
+{
+    PrivateMount::useUpQuota();
+    EXPECT_FALSE(preallocateFile(m_file.handle(), 8 * MiB));
+    EXPECT_EQ(reservedBytes(m_file), 0) << "all or none";
+}
+
 INSTANTIATE_TEST_SUITE_P(FileSystems, PreallocateTest, testing::Values("tmpfs", "ext4"));
 
 TEST(Preallocate, AnyFileSystem)

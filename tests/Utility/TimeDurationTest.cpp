@@ -1,8 +1,50 @@
 #include "KnownAnswers.h"
+#include "Log/ChildProcess.h"
 #include "ScopedTimeZone.h"
 #include "Utility/TimeDuration_p.h"
 
 #include <Orv/Utility/TimeDuration.h>
+
+#include <atomic>
+#include <thread>
+
+namespace {
+
+/// Formats a duration in 16 threads at once. Returns the number of wrong texts.
+int wrongTextsOfThreads()
+{
+    constexpr int ThreadCount = 16;
+    std::atomic<int> waiting{ThreadCount};
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < ThreadCount; ++i) {
+        threads.emplace_back([&waiting, &wrong] {
+            for (--waiting; waiting > 0;)
+                std::this_thread::yield();
+            wrong += Orv::Utility::TimeDuration::toString(3661) != QLatin1String("01:01:01");
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    return wrong;
+}
+
+} // namespace
+
+// A race in the first use of Qt's calendars once gave an empty text in one of some hundred processes. The death test
+// starts this program anew, so that no other test has used them before.
+TEST(TimeDurationDeathTest, FirstUseInSeveralThreads)
+{
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    const auto isRightInEachProcess = [] {
+        for (int i = 0; i < ORV_FORKS; ++i) {
+            if (runInChild([] { ::_exit(wrongTextsOfThreads()); }).exitCode != 0)
+                return false;
+        }
+        return true;
+    };
+    EXPECT_EXIT(::_exit(isRightInEachProcess() ? 0 : 1), testing::ExitedWithCode(0), "");
+}
 
 TEST(TimeDuration, Texts)
 {
