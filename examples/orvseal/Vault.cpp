@@ -392,7 +392,7 @@ void requireHash(const QSharedPointer<QFile>& manifest, const VaultHead& head, c
             const bool firstLineEnds = inFirstLine && begin < data + size;
             inFirstLine = inFirstLine && !firstLineEnds;
             const char* const lines = firstLineEnds ? begin + 1 : begin;
-            hash.addData(lines, int(data + size - lines));
+            hash.addData(QByteArray::fromRawData(lines, int(data + size - lines)));
         });
     } catch (const Orv::Exception::Canceled&) {
         throw;
