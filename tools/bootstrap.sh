@@ -4,7 +4,7 @@
 set -euo pipefail
 
 debian_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libcrypto++-dev libeasyloggingpp-dev
-    libgtest-dev libgmock-dev libssl-dev zlib1g-dev openssl)
+    libgtest-dev libgmock-dev libssl-dev zlib1g-dev openssl acl attr)
 brew_formulas=(cmake ninja ccache pkg-config cryptopp googletest openssl@3)
 brew_qt=qt@5
 for purpose in "$@"; do
