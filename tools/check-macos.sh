@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# usage: tools/check-macos.sh SDK
 # Builds everything that a Mac builds, for Intel and Apple processors, on Debian: CMake's own choice of sources and flags,
 # clang and lld, warnings as errors. Then inspects the library. Nothing of it can run here. It stays in build/macos.
-# SDK is a folder with the macOS SDK's headers and stubs, in include/, lib/ and Frameworks/.
+# usage: tools/check-macos.sh SDK [QT...]
+#   SDK: a directory with the macOS SDK's headers and stubs, in include/, lib/ and Frameworks/
+#   QT:  5 or 6; both, if none is given
 #
 # The frameworks and libobjc link to the SDK's own stubs. tools/macos/stubs.py writes those of the other libraries, from
 # what does not depend on this project: a function that is called but that no library has does not link.
@@ -15,12 +16,18 @@ fail() {
     exit 2
 }
 
-[ $# -eq 1 ] || fail "usage: tools/check-macos.sh SDK"
+usage="usage: tools/check-macos.sh SDK [QT...]"
+[ $# -ge 1 ] || fail "$usage"
 sdk=$(cd "$start" && realpath "$1")
+qts=("${@:2}")
+[ ${#qts[@]} -gt 0 ] || qts=(5 6)
+for qt in "${qts[@]}"; do
+    [[ $qt == [56] ]] || fail "$usage"
+done
 for folder in include lib Frameworks; do
     [ -d "$sdk/$folder" ] || fail "$sdk has no $folder/"
 done
-tools/bootstrap.sh macos
+tools/bootstrap.sh macos qt6
 library() { # NAME: where this machine has it
     local file
     file=$(clang++ -print-file-name="$1")
@@ -46,13 +53,20 @@ chmod +x "$work/bin/sw_vers"
 # These lie among the headers of this machine's C library, which must stay out.
 ln -s /usr/include/{cryptopp,easylogging++.h,gtest,gmock} "$work/include"
 
+for qt in 5 6; do # by which CMake finds it
+    ln -s "$PWD/tools/macos/QtConfig.cmake" "$work/lib/Qt${qt}Config.cmake"
+    ln -s "$PWD/tools/macos/QtConfigVersion.cmake" "$work/lib/Qt${qt}ConfigVersion.cmake"
+done
+
 # The C library, by the headers of the C standard, POSIX and BSD that declare it
-c_headers=(sys/acl aio arpa/inet assert complex copyfile ctype dirent dlfcn err errno execinfo fcntl fenv float fnmatch ftw getopt
-    glob grp iconv ifaddrs inttypes langinfo libgen limits locale mach/mach mach/mach_time malloc/malloc math monetary net/if
-    netdb netinet/in nl_types poll pthread pwd regex sched search semaphore setjmp signal spawn stdarg stddef stdint stdio
-    stdlib string strings sys/attr sys/file sys/ioctl sys/mman sys/mount sys/param sys/random sys/resource sys/select
-    sys/socket sys/stat sys/statvfs sys/sysctl sys/time sys/times sys/types sys/uio sys/un sys/utsname sys/wait sys/xattr
-    syslog termios time ulimit unistd unwind utime utmpx wchar wctype wordexp xlocale)
+c_headers=(
+    sys/acl aio arpa/inet assert complex copyfile ctype dirent dlfcn err errno execinfo fcntl fenv float fnmatch ftw
+    getopt glob grp iconv ifaddrs inttypes langinfo libgen limits locale mach/mach mach/mach_time malloc/malloc math
+    monetary net/if netdb netinet/in nl_types poll pthread pwd regex sched search semaphore setjmp signal spawn stdarg
+    stddef stdint stdio stdlib string strings sys/attr sys/file sys/ioctl sys/mman sys/mount sys/param sys/random
+    sys/resource sys/select sys/socket sys/stat sys/statvfs sys/sysctl sys/time sys/times sys/types sys/uio sys/un
+    sys/utsname sys/wait sys/xattr syslog termios time ulimit unistd unwind utime utmpx wchar wctype wordexp xlocale
+)
 
 stub() { # FILE INSTALL_NAME SOURCES...
     tools/macos/stubs.py "$target" "$work/$1" "$2" "${@:3}"
@@ -71,19 +85,25 @@ standard_stubs() { # [--objects FOLDER]
 
 package_stubs() { # [--objects FOLDER]
     stub sysroot/usr/lib/libxar.tbd /usr/lib/libxar.1.dylib --prefix _xar_ "$work/xar.json"
-    stub lib/QtCore.tbd @rpath/QtCore.framework/Versions/5/QtCore "$@" \
-        "$(library libQt5Core.so)" tools/macos/qtcore-foundation.txt
+    stub lib/QtCore.tbd "@rpath/QtCore.framework/Versions/$([ "$qt" = 5 ] && echo 5 || echo A)/QtCore" "$@" \
+        "$(library "libQt${qt}Core.so")" "tools/macos/qtcore-foundation-$qt.txt"
     stub lib/libcryptopp.tbd @rpath/libcryptopp.dylib "$@" "$(library libcryptopp.so)"
     stub lib/gtest.tbd @rpath/libgtest.dylib "$@" \
         "$(library libgtest.a)" "$(library libgmock.a)" "$(library libgtest_main.a)"
 }
 
+qt_path() { # VARIABLE of its pkg-config file
+    pkg-config --variable="$1" "Qt${qt}Core"
+}
+
 configure() {
-    PATH=$work/bin:$PATH cmake -S . -B "$build" -G Ninja --toolchain tools/macos/toolchain.cmake \
-        -DORV_MAC_PROCESSOR="${target%%-*}" -DORV_MAC_WORK="$work" \
-        -DORV_QT_INCLUDE="$(pkg-config --variable=includedir Qt5Core)" \
-        -DORV_QT_BINARIES="$(pkg-config --variable=host_bins Qt5Core)" \
-        -DORV_QT_CMAKE="$(pkg-config --variable=libdir Qt5Core)/cmake/Qt5Core" \
+    local programs=host_bins choice=()
+    if [ "$qt" = 6 ]; then # of 5 and 6, a Mac's CMake takes 5 if it is not told
+        programs=libexecdir choice=(-DORV_QT_MAJOR=6)
+    fi
+    PATH=$work/bin:$PATH cmake -S . -B "$build" -G Ninja --toolchain tools/macos/toolchain.cmake "${choice[@]}" \
+        -DORV_MAC_PROCESSOR="${target%%-*}" -DORV_MAC_WORK="$work" -DORV_QT_INCLUDE="$(qt_path includedir)" \
+        -DORV_QT_PROGRAMS="$(qt_path $programs)" -DORV_QT_CMAKE="$(qt_path libdir)/cmake" \
         -DORV_WERROR=ON -DCMAKE_BUILD_TYPE=Release >"$work/configure.log" || { cat "$work/configure.log"; return 1; }
 }
 
@@ -92,7 +112,7 @@ compile() {
     # But for the headers alone, which the Linux build verifies
     mapfile -t objects < <(ninja -C "$build" -t targets all | sed -n '/verify_interface/d; s/\.o: .*/.o/p')
     ninja -C "$build" -k 0 "${objects[@]}" >"$work/compile.log" || { cat "$work/compile.log"; return 1; }
-    echo "${#objects[@]} sources compile for $target"
+    echo "${#objects[@]} sources compile for $target, with Qt $qt"
 }
 
 # Everything: the library, its sample client, the snippets and the tests
@@ -104,27 +124,31 @@ link() {
 }
 
 inspect() {
-    local library=$build/orvCore/liborvCore.dylib header
+    local name=liborvCore header library
+    [ "$qt" = 5 ] || name+=$qt
+    library=$build/orvCore/$name.dylib
     header=$(llvm-objdump --macho --private-headers "$library")
     expect() { # PATTERN WHAT
         grep -Eq "$1" <<<"$header" || { echo "$library: no $2" >&2; return 1; }
     }
-    expect '^ +name @rpath/liborvCore\.[0-9]+\.dylib ' "install name @rpath/liborvCore.N.dylib"
+    expect "^ +name @rpath/$name\.[0-9]+\.dylib " "install name @rpath/$name.N.dylib"
     expect '^ +minos 12\.0$' "minimum macOS 12.0"
     tests/symbols.sh "$library" tests/symbols.txt
+    echo "$name links for $target"
 }
 
 for target in x86_64-apple-macos12 arm64-apple-macos12; do
-    build=$work/${target%%-*}
     syntax_tree "${c_headers[@]}" >"$work/libc.json"
     syntax_tree xar/xar >"$work/xar.json"
-    standard_stubs
-    package_stubs
-    configure
-    compile
-    standard_stubs --objects "$build"
-    package_stubs --objects "$build"
-    link
-    inspect
-    echo "liborvCore links for $target"
+    for qt in "${qts[@]}"; do
+        build=$work/${target%%-*}-qt$qt
+        standard_stubs
+        package_stubs
+        configure
+        compile
+        standard_stubs --objects "$build"
+        package_stubs --objects "$build"
+        link
+        inspect
+    done
 done
