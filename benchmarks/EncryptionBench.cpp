@@ -63,7 +63,7 @@ struct Job {
     QByteArray input;
 
     std::vector<char> room() const { return std::vector<char>(size_t(subject.portion) + 64); }
-    int portionAt(int offset) const { return std::min(subject.portion, input.size() - offset); }
+    int portionAt(int offset) const { return std::min(subject.portion, int(input.size()) - offset); }
 };
 
 QSharedPointer<QIODevice> openSource(const Job& job)

@@ -235,4 +235,5 @@ def main():
         file.write("\n".join(lines) + "\n")
 
 
-main()
+if __name__ == "__main__":  # compare.py imports it
+    main()

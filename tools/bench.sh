@@ -1,16 +1,30 @@
 #!/usr/bin/env bash
 # Measures the library beside what it is built on and what else one could take, and writes docs/benchmarks.md and .svg.
 # usage: tools/bench.sh [--quick]    --quick: a minute, to see that it works; its figures go nowhere
+#        tools/bench.sh --compare CMAKE_OPTION...
+#   prints how a build with these options (-DORV_QT_MAJOR=6, -DORV_HARDEN=OFF) differs from one without them
 set -euo pipefail
 cd "$(dirname "$0")/.."
+
+build=build/bench
+build() { # FOLDER CMAKE_OPTION...
+    cmake --preset release -B "$1" -DORV_BUILD_BENCHMARKS=ON -DORV_BUILD_TESTS=OFF "${@:2}" >/dev/null
+    cmake --build "$1" >/dev/null
+}
 
 quick=false
 [ "${1:-}" != --quick ] || quick=true
 
 tools/bootstrap.sh benchmarks
-build=build/bench
-cmake --preset release -B "$build" -DORV_BUILD_BENCHMARKS=ON -DORV_BUILD_TESTS=OFF >/dev/null
-cmake --build "$build" >/dev/null
+build "$build"
+if [ "${1:-}" = --compare ]; then
+    tools/bootstrap.sh qt6
+    rm -rf "$build-compared" # or it would keep the options of the last time
+    build "$build-compared" "${@:2}"
+    python3 benchmarks/compare.py {"$build","$build-compared"}/benchmarks/orvBench 9 \
+        --benchmark_min_time=0.02 --benchmark_filter='-growth.*'
+    exit
+fi
 
 # Files go to memory where it has room for them: the moods of a disk say nothing about programs.
 room=$((12 * 1024 * 1024)) # KiB
