@@ -21,7 +21,7 @@ bool Endian::grow(QByteArray& data, int offset, int size)
 {
     if (!isPlace(offset, size))
         return false;
-    const int oldSize = data.size();
+    const qsizetype oldSize = data.size();
     if (oldSize < offset + size) {
         data.resize(offset + size);
         std::fill(data.begin() + oldSize, data.end(), '\0');

@@ -52,7 +52,7 @@ template <class Take> bool readRandom(quint64 size, Take take)
 
 bool RandomByteArray::generate(QByteArray& out, quint64 size)
 {
-    const int before = out.size();
+    const qsizetype before = out.size();
     const bool ok = readRandom(size, [&out](const char* data, int count) {
         out.append(data, count);
         return true;

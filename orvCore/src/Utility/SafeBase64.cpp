@@ -40,7 +40,7 @@ QByteArray SafeBase64::from() const
     // In blocks: Qt's decoder takes a second array of the whole size, and overflows above two thirds of the largest.
     static constexpr std::array<char, 256> Characters = base64Characters();
     QByteArray bytes;
-    bytes.reserve(static_cast<int>((qint64(m_data.size()) + 3) / 4 * 3));
+    bytes.reserve((qsizetype(m_data.size()) + 3) / 4 * 3);
     QByteArray block(DecodedBlock, Qt::Uninitialized);
     int filled = 0;
     for (const char character : m_data) {

@@ -15,14 +15,14 @@ QString StringFilters::prefixFilter(const QString& text)
     QString result = text;
     const auto end = std::remove_if(
         result.begin(), result.end(), [](QChar character) { return InvalidCharacters.contains(character); });
-    result.truncate(static_cast<int>(end - result.begin()));
+    result.truncate(end - result.begin());
     return result;
 }
 
 QString StringFilters::removeTrailingChar(const QString& text, const QChar& ch)
 {
     const auto last = std::find_if(text.rbegin(), text.rend(), [ch](QChar character) { return character != ch; });
-    return text.left(static_cast<int>(text.rend() - last));
+    return text.left(text.rend() - last);
 }
 
 QString StringFilters::escape(const QString& text)

@@ -17,6 +17,9 @@ namespace Orv::Utitlity {
 /// negative or lead past what a byte array can hold: debug builds assert it; release builds read missing bytes (at a
 /// negative offset: all of them) as zero and write nothing, and never touch memory outside the array.
 ///
+/// With Qt 6, an array may be larger than 2 GiB: only offsets up to the largest `int` can be given, and what follows
+/// stays as it is.
+///
 /// No state, no logging. A writer throws `std::bad_alloc` if the array cannot grow to hold the value: without enough
 /// memory, and near the largest size of a byte array. Safe on distinct arrays from any thread.
 class ORV_EXPORT Endian {
