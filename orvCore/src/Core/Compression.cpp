@@ -2,27 +2,19 @@
 
 namespace Orv::Core {
 
-namespace {
-const QString UnknownName = QStringLiteral("Unknown");
-const QString GZipName = QStringLiteral("GZip");
-const QString DeflateName = QStringLiteral("Deflate");
-const QString LZ4Name = QStringLiteral("LZ4");
-const QString LZ4HighName = QStringLiteral("LZ4High");
-} // namespace
-
 QString Compression::toAlgorithmString(Algorithm algorithm)
 {
     switch (algorithm) {
     case GZip:
-        return GZipName;
+        return QStringLiteral("GZip");
     case Deflate:
-        return DeflateName;
+        return QStringLiteral("Deflate");
     case LZ4:
-        return LZ4Name;
+        return QStringLiteral("LZ4");
     case LZ4High:
-        return LZ4HighName;
+        return QStringLiteral("LZ4High");
     default:
-        return UnknownName;
+        return QStringLiteral("Unknown");
     }
 }
 

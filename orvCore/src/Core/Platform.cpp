@@ -2,12 +2,6 @@
 
 namespace Orv::Core {
 
-namespace {
-const QString WindowsName = QStringLiteral("Windows");
-const QString LinuxName = QStringLiteral("linux");
-const QString MacOSName = QStringLiteral("macOS");
-} // namespace
-
 Platform::Type Platform::current()
 {
     return MacOS;
@@ -17,11 +11,11 @@ QString Platform::toString(Type type)
 {
     switch (type) {
     case Linux:
-        return LinuxName;
+        return QStringLiteral("linux");
     case MacOS:
-        return MacOSName;
+        return QStringLiteral("macOS");
     default:
-        return WindowsName;
+        return QStringLiteral("Windows");
     }
 }
 

@@ -2,18 +2,15 @@
 
 namespace Orv::Core {
 
-namespace {
-const QString VersionText = QStringLiteral("DOV_BUILD_VERSION=4.3.0.54");
-}
-
 const QString& Version::string()
 {
-    return VersionText;
+    static const QString text = QStringLiteral("DOV_BUILD_VERSION=4.3.0.54");
+    return text;
 }
 
 const QVersionNumber& Version::number()
 {
-    static const QVersionNumber number = QVersionNumber::fromString(VersionText);
+    static const QVersionNumber number = QVersionNumber::fromString(string());
     return number;
 }
 

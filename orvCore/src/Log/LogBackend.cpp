@@ -1,7 +1,7 @@
 #include "Log/LogBackend_p.h"
 
 #include "Log/LogFile_p.h"
-#include "Log/LogHandler.h"
+#include "Log/LogHandler_p.h"
 #include "Log/SignalText_p.h"
 
 #include <atomic>

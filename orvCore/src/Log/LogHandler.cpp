@@ -1,4 +1,4 @@
-#include "Log/LogHandler.h"
+#include "Log/LogHandler_p.h"
 
 #include "Log/LogBackend_p.h"
 

@@ -93,7 +93,7 @@ void LogManager::setLogLevel(LogLevel level)
     m_logEnabled = level != Disabled;
     m_debug = level == Debug;
     if (level != Disabled)
-        m_highInfoFlag = level == InfoHigh || level == Debug ? '1' : '0';
+        m_highInfo = level == InfoHigh || level == Debug;
 }
 
 void LogManager::setEnableShadow(bool enable)
@@ -136,9 +136,8 @@ bool LogManager::reconfigure()
 
 void LogManager::applyFilterRules() const
 {
-    QLoggingCategory::setFilterRules(
-        QStringLiteral("d.orv.log.debug=%1\n1.orv.log.info=%2")
-            .arg(QLatin1String(text(m_debug)), QLatin1String(text(m_highInfoFlag == '1'))));
+    QLoggingCategory::setFilterRules(QStringLiteral("d.orv.log.debug=%1\n1.orv.log.info=%2")
+                                         .arg(QLatin1String(text(m_debug)), QLatin1String(text(m_highInfo))));
 }
 
 void LogManager::configureDefaultLogger() const

@@ -33,22 +33,21 @@ constexpr quint64 LargestTable = 4 << 20;
 constexpr int GreatestDepth = 1000;
 constexpr int MostAttributes = 100; // of an element: the XML reader compares each with every other one
 
-const QLatin1String SignaturePath("/xar/toc/signature");
+constexpr QStringView SignaturePath = u"/xar/toc/signature";
 
-/// The checksum's name for "no checksum".
-const QString NoChecksum = QStringLiteral("none");
+constexpr char NoChecksum[] = "none"; // as the name of a checksum
 
 struct Digest {
-    QLatin1String name;
+    const char* name;
     QCryptographicHash::Algorithm algorithm;
 };
-const std::array<Digest, 6> Digests = {{
-    {QLatin1String("sha1"), QCryptographicHash::Sha1},
-    {QLatin1String("md5"), QCryptographicHash::Md5},
-    {QLatin1String("sha224"), QCryptographicHash::Sha224},
-    {QLatin1String("sha256"), QCryptographicHash::Sha256},
-    {QLatin1String("sha384"), QCryptographicHash::Sha384},
-    {QLatin1String("sha512"), QCryptographicHash::Sha512},
+constexpr std::array<Digest, 6> Digests = {{
+    {"sha1", QCryptographicHash::Sha1},
+    {"md5", QCryptographicHash::Md5},
+    {"sha224", QCryptographicHash::Sha224},
+    {"sha256", QCryptographicHash::Sha256},
+    {"sha384", QCryptographicHash::Sha384},
+    {"sha512", QCryptographicHash::Sha512},
 }};
 
 /// Reads parts of a file that is not larger than it says.
@@ -96,7 +95,7 @@ std::optional<QString> checksumName(ArchiveFile& file, quint32 algorithm, quint1
 {
     switch (algorithm) {
     case 0:
-        return NoChecksum;
+        return QLatin1String(NoChecksum);
     case 1:
         return QStringLiteral("sha1");
     case 2:
@@ -150,8 +149,8 @@ std::optional<QByteArray> inflate(const QByteArray& compressed, quint64 tableSiz
 
 /// What the table of contents says of the signature and the checksum.
 struct Contents {
-    QString checksum = NoChecksum; // the name of its algorithm, in lower case
-    QString checksumOffset;        // in the heap
+    QString checksum = QLatin1String(NoChecksum); // the name of its algorithm, in lower case
+    QString checksumOffset;                       // in the heap
     QString checksumSize;
     int signatures = 0;
     QStringList certificates; // of the first signature, Base64 with line breaks
@@ -238,10 +237,10 @@ bool isChecksumRight(ArchiveFile& file, const Header& header, const Contents& co
 {
     if (contents.checksum != header.checksum)
         return false;
-    if (contents.checksum == NoChecksum)
+    if (contents.checksum == QLatin1String(NoChecksum))
         return contents.signatures == 0; // a signature signs the checksum
-    const auto digest = std::find_if(
-        Digests.begin(), Digests.end(), [&](const Digest& candidate) { return candidate.name == contents.checksum; });
+    const auto digest = std::find_if(Digests.begin(), Digests.end(),
+        [&](const Digest& candidate) { return contents.checksum == QLatin1String(candidate.name); });
     if (digest == Digests.end())
         return false;
     const QByteArray expected = QCryptographicHash::hash(compressed, digest->algorithm);

@@ -1,16 +1,59 @@
 #include <Orv/Utility/EndpointHelper.h>
 
-#include <array>
+#include <optional>
 
 namespace Orv::Utitlity {
 
 namespace {
 
 struct Scheme {
-    QLatin1String prefix;
+    QStringView prefix;
     bool useSsl;
 };
-const std::array<Scheme, 2> SupportScheme = {{{QLatin1String("http://"), false}, {QLatin1String("https://"), true}}};
+constexpr Scheme Schemes[] = {{u"http://", false}, {u"https://", true}};
+
+/// Removes the scheme from the front of `rest`. Returns its TLS flag, or `defaultFlag` without a scheme.
+bool takeScheme(QStringView& rest, bool defaultFlag)
+{
+    for (const Scheme& scheme : Schemes) {
+        if (rest.startsWith(scheme.prefix)) {
+            rest = rest.mid(scheme.prefix.size());
+            return scheme.useSsl;
+        }
+    }
+    return defaultFlag;
+}
+
+/// Removes leading slashes and colons, the user, and the host from the front of `rest`. Returns the host.
+QString takeHost(QStringView& rest)
+{
+    while (rest.startsWith(u'/') || rest.startsWith(u':'))
+        rest = rest.mid(1);
+    rest = rest.mid(rest.indexOf(u'@') + 1);
+    const auto colon = rest.indexOf(u':'); // ends the host, even if it is in the path
+    const auto slash = rest.indexOf(u'/');
+    const auto size = colon > 0 ? colon : slash > 0 ? slash : rest.size();
+    const QString host = rest.left(size).toString();
+    rest = rest.mid(size);
+    return host;
+}
+
+/// Removes the port from the front of `rest`. Returns it as ":number"; empty without a port, `nullopt` if it is not a
+/// positive `int`.
+std::optional<QString> takePort(QStringView& rest)
+{
+    if (!rest.startsWith(u':'))
+        return QString();
+    rest = rest.mid(1);
+    const auto slash = rest.indexOf(u'/');
+    const auto size = slash > 0 ? slash : rest.size();
+    bool isNumber = false;
+    const int port = rest.left(size).toString().toInt(&isNumber);
+    if (!isNumber || port <= 0)
+        return std::nullopt;
+    rest = rest.mid(size);
+    return QLatin1Char(':') + QString::number(port);
+}
 
 } // namespace
 
@@ -30,40 +73,15 @@ void EndpointHelper::convert(const QString& endpoint, bool useSsl)
     }
 
     QStringView rest = QStringView(endpoint).trimmed();
-    m_useSsl = useSsl;
-    for (const Scheme& scheme : SupportScheme) {
-        if (rest.startsWith(scheme.prefix)) {
-            rest = rest.mid(scheme.prefix.size());
-            m_useSsl = scheme.useSsl;
-            break;
-        }
+    m_useSsl = takeScheme(rest, useSsl);
+    const QString host = takeHost(rest);
+    const std::optional<QString> port = takePort(rest);
+    if (!port) {
+        setError(QStringLiteral("Can't parse endpoint"));
+        m_endpoint = endpoint;
+        return;
     }
-    while (rest.startsWith(u'/') || rest.startsWith(u':'))
-        rest = rest.mid(1);
-    rest = rest.mid(rest.indexOf(u'@') + 1);
-
-    // A colon ends the host, even one that stands in the path.
-    const auto colon = rest.indexOf(u':');
-    const auto slash = rest.indexOf(u'/');
-    const auto hostSize = colon > 0 ? colon : slash > 0 ? slash : rest.size();
-    QString normal = rest.left(hostSize).toString();
-    rest = rest.mid(hostSize);
-
-    if (rest.startsWith(u':')) {
-        rest = rest.mid(1);
-        const auto portEnd = rest.indexOf(u'/');
-        const auto portSize = portEnd > 0 ? portEnd : rest.size();
-        bool isNumber = false;
-        const int port = rest.left(portSize).toString().toInt(&isNumber);
-        if (!isNumber || port <= 0) {
-            setError(QStringLiteral("Can't parse endpoint"));
-            m_endpoint = endpoint;
-            return;
-        }
-        normal += QLatin1Char(':') + QString::number(port);
-        rest = rest.mid(portSize);
-    }
-    normal += rest;
+    const QString normal = host + *port + rest.toString();
     m_endpoint = normal.isEmpty() ? normal : QLatin1String("//") + normal;
 }
 

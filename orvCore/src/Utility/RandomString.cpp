@@ -5,19 +5,20 @@
 namespace Orv::Utitlity {
 
 namespace {
-const QString DictionarySimple = QStringLiteral("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789");
 
-/// From 0 to 61.
+constexpr char Letters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+constexpr int LetterCount = sizeof Letters - 1;
+
+/// A random index into `Letters`.
 int randomIndex()
 {
-    const int count = static_cast<int>(DictionarySimple.size());
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0) // clients that seed qrand() rely on its sequence, and Qt 6 has none
     QT_WARNING_PUSH
     QT_WARNING_DISABLE_DEPRECATED
-    return qrand() % count;
+    return qrand() % LetterCount;
     QT_WARNING_POP
 #else
-    return QRandomGenerator::global()->bounded(count);
+    return QRandomGenerator::global()->bounded(LetterCount);
 #endif
 }
 
@@ -27,7 +28,7 @@ QString RandomString::generateSimple(int length)
 {
     QString text;
     for (int i = 0; i < length; ++i)
-        text += DictionarySimple.at(randomIndex());
+        text += QLatin1Char(Letters[randomIndex()]);
     return text;
 }
 

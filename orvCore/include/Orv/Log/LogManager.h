@@ -104,7 +104,7 @@ private:
     bool m_verbose = false;
     bool m_crashHandler = false;
     bool m_debug = false;
-    char m_highInfoFlag = '0';
+    bool m_highInfo = false;
     QString m_logPath;
     bool m_logEnabled = true;
     bool m_enableShadow = false;

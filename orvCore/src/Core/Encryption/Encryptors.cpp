@@ -1,5 +1,6 @@
 #include <Orv/Core/Encryption/Encryptors.h>
 
+#include "Core/Encryption/Bytes_p.h"
 #include "Core/Encryption/StreamTransformation_p.h"
 
 #include <cryptopp/aes.h>
@@ -9,11 +10,6 @@
 namespace Orv::Core::Encryption {
 
 namespace {
-
-const CryptoPP::byte* bytes(const QByteArray& array)
-{
-    return reinterpret_cast<const CryptoPP::byte*>(array.constData());
-}
 
 template <class Mode> std::unique_ptr<CryptoPP::SymmetricCipher> makeMode(const SecretBytes& key, const QByteArray& iv)
 {

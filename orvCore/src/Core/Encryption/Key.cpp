@@ -1,5 +1,7 @@
 #include <Orv/Core/Encryption/Key.h>
 
+#include "Core/Encryption/Bytes_p.h"
+
 #include <Orv/Core/Encryption/Encryptors.h>
 
 #include <cryptopp/osrng.h>
@@ -10,17 +12,11 @@
 #include <algorithm>
 #include <iterator>
 
-using CryptoPP::byte;
 using CryptoPP::SecByteBlock;
 
 namespace Orv::Core::Encryption {
 
 namespace {
-
-const byte* bytes(const QByteArray& array)
-{
-    return reinterpret_cast<const byte*>(array.constData());
-}
 
 QByteArray toByteArray(const SecByteBlock& block)
 {
