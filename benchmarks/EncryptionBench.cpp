@@ -26,35 +26,35 @@ namespace {
 constexpr int KiB = 1024;
 constexpr int MiB = 1024 * KiB;
 
-/// One subject, but for the direction.
+/// A subject. "%1" in its name stands for the direction.
 struct Subject {
     const char* name;
     Algorithm algorithm;
     Type type;
-    int portion; // bytes a call
-    int size;    // bytes in all
+    int chunk; // bytes per call
+    int size;  // bytes in total
     const char* openssl;
-    const char* qca;     // none: not offered there
-    int streams = 1;     // more: encrypted in the same calls, or one after the other
-    bool isFile = false; // else the source is a QBuffer
+    const char* qca;     // null: not offered
+    int streams = 1;     // encrypted together by orvCore, one after the other by the peers
+    bool isFile = false; // whether the source is a file; otherwise a QBuffer
 };
 
 const Subject Subjects[] = {
-    {"AES-256-CBC %1, 4 KiB a call", Aes256, Cbc, 4 * KiB, 8 * MiB, "AES-256-CBC", "aes256"},
-    {"AES-256-CBC %1, 64 KiB a call", Aes256, Cbc, 64 * KiB, 16 * MiB, "AES-256-CBC", "aes256"},
-    {"AES-256-CBC %1, 1 MiB a call", Aes256, Cbc, MiB, 16 * MiB, "AES-256-CBC", "aes256"},
-    {"AES-256-CBC %1, 4 streams, 64 KiB a call", Aes256, Cbc, 64 * KiB, 2 * MiB, "AES-256-CBC", nullptr, 4},
-    {"AES-256-CBC %1, 8 streams, 64 KiB a call", Aes256, Cbc, 64 * KiB, 2 * MiB, "AES-256-CBC", nullptr, 8},
-    {"AES-256-CBC %1, from a file, 64 KiB a call", Aes256, Cbc, 64 * KiB, 16 * MiB, "AES-256-CBC", nullptr, 1, true},
-    {"AES-128-CBC %1, 64 KiB a call", Aes128, Cbc, 64 * KiB, 16 * MiB, "AES-128-CBC", "aes128"},
-    {"AES-128-ECB %1, 64 KiB a call", Aes128, Ecb, 64 * KiB, 16 * MiB, "AES-128-ECB", "aes128"},
-    {"AES-256-ECB %1, 64 KiB a call", Aes256, Ecb, 64 * KiB, 16 * MiB, "AES-256-ECB", "aes256"},
-    {"DES-CBC %1, 64 KiB a call", Des, Cbc, 64 * KiB, 2 * MiB, "DES-CBC", "des"},
-    {"two-key triple DES-CBC %1, 64 KiB a call", Des112, Cbc, 64 * KiB, 2 * MiB, "DES-EDE-CBC", nullptr},
-    {"triple DES-CBC %1, 64 KiB a call", Des3, Cbc, 64 * KiB, 2 * MiB, "DES-EDE3-CBC", "tripledes"},
+    {"AES-256-CBC %1, 4 KiB per call", Aes256, Cbc, 4 * KiB, 8 * MiB, "AES-256-CBC", "aes256"},
+    {"AES-256-CBC %1, 64 KiB per call", Aes256, Cbc, 64 * KiB, 16 * MiB, "AES-256-CBC", "aes256"},
+    {"AES-256-CBC %1, 1 MiB per call", Aes256, Cbc, MiB, 16 * MiB, "AES-256-CBC", "aes256"},
+    {"AES-256-CBC %1, 4 streams, 64 KiB per call", Aes256, Cbc, 64 * KiB, 2 * MiB, "AES-256-CBC", nullptr, 4},
+    {"AES-256-CBC %1, 8 streams, 64 KiB per call", Aes256, Cbc, 64 * KiB, 2 * MiB, "AES-256-CBC", nullptr, 8},
+    {"AES-256-CBC %1, from a file, 64 KiB per call", Aes256, Cbc, 64 * KiB, 16 * MiB, "AES-256-CBC", nullptr, 1, true},
+    {"AES-128-CBC %1, 64 KiB per call", Aes128, Cbc, 64 * KiB, 16 * MiB, "AES-128-CBC", "aes128"},
+    {"AES-128-ECB %1, 64 KiB per call", Aes128, Ecb, 64 * KiB, 16 * MiB, "AES-128-ECB", "aes128"},
+    {"AES-256-ECB %1, 64 KiB per call", Aes256, Ecb, 64 * KiB, 16 * MiB, "AES-256-ECB", "aes256"},
+    {"DES-CBC %1, 64 KiB per call", Des, Cbc, 64 * KiB, 2 * MiB, "DES-CBC", "des"},
+    {"two-key triple DES-CBC %1, 64 KiB per call", Des112, Cbc, 64 * KiB, 2 * MiB, "DES-EDE-CBC", nullptr},
+    {"triple DES-CBC %1, 64 KiB per call", Des3, Cbc, 64 * KiB, 2 * MiB, "DES-EDE3-CBC", "tripledes"},
 };
 
-/// What a row needs: made once, outside the measured time.
+/// The input of a row, prepared outside the measured time.
 struct Job {
     Subject subject;
     bool encrypt;
@@ -62,8 +62,8 @@ struct Job {
     QByteArray iv;
     QByteArray input;
 
-    std::vector<char> room() const { return std::vector<char>(size_t(subject.portion) + 64); }
-    int portionAt(int offset) const { return std::min(subject.portion, int(input.size()) - offset); }
+    std::vector<char> room() const { return std::vector<char>(size_t(subject.chunk) + 64); }
+    int chunkAt(int offset) const { return std::min(subject.chunk, int(input.size()) - offset); }
 };
 
 QSharedPointer<QIODevice> openSource(const Job& job)
@@ -101,7 +101,7 @@ void runOrvCore(benchmark::State& state, const Job& job)
         source->seek(0);
         const auto encryptor = makeEncryptor(job, source);
         while (!encryptor->atEnd())
-            benchmark::DoNotOptimize(encryptor->readData(room.data(), job.subject.portion));
+            benchmark::DoNotOptimize(encryptor->readData(room.data(), job.subject.chunk));
     }
     state.SetBytesProcessed(state.iterations() * job.input.size());
 }
@@ -119,14 +119,9 @@ void runTogether(benchmark::State& state, const Job& job)
             data.append(room.data());
         }
         while (!encryptors.last()->atEnd())
-            benchmark::DoNotOptimize(EncryptorBase::readTogether(encryptors, data, job.subject.portion));
+            benchmark::DoNotOptimize(EncryptorBase::readTogether(encryptors, data, job.subject.chunk));
     }
     state.SetBytesProcessed(state.iterations() * job.input.size() * job.subject.streams);
-}
-
-const CryptoPP::byte* bytes(const QByteArray& array)
-{
-    return reinterpret_cast<const CryptoPP::byte*>(array.constData());
 }
 
 template <class Cipher> std::unique_ptr<CryptoPP::CipherModeBase> makeMode(const Job& job)
@@ -168,26 +163,26 @@ void runCryptoPP(benchmark::State& state, const Job& job)
     for (auto _ : state) {
         for (int stream = 0; stream < job.subject.streams; ++stream) {
             const auto mode = makeMode(job);
-            for (int offset = 0; offset < job.input.size(); offset += job.subject.portion)
+            for (int offset = 0; offset < job.input.size(); offset += job.subject.chunk)
                 mode->ProcessData(reinterpret_cast<CryptoPP::byte*>(room.data()), bytes(job.input) + offset,
-                    size_t(job.portionAt(offset)));
+                    size_t(job.chunkAt(offset)));
         }
         benchmark::ClobberMemory();
     }
     state.SetBytesProcessed(state.iterations() * job.input.size() * job.subject.streams);
 }
 
-/// As above, but for the source: what the cipher costs when its input has to be read first.
+/// The baseline loop: reads the source, then calls the bare cipher.
 void runCryptoPPFromSource(benchmark::State& state, const Job& job)
 {
-    std::vector<char> read(size_t(job.subject.portion));
+    std::vector<char> read(size_t(job.subject.chunk));
     std::vector<char> room = job.room();
     const QSharedPointer<QIODevice> source = openSource(job);
     for (auto _ : state) {
         const auto mode = makeMode(job);
         source->seek(0);
         while (!source->atEnd()) {
-            const qint64 size = source->read(read.data(), job.subject.portion);
+            const qint64 size = source->read(read.data(), job.subject.chunk);
             mode->ProcessData(reinterpret_cast<CryptoPP::byte*>(room.data()),
                 reinterpret_cast<const CryptoPP::byte*>(read.data()), size_t(size));
         }
@@ -212,8 +207,8 @@ void runOpenSsl(benchmark::State& state, const Job& job)
             EVP_CipherInit_ex2(context.get(), cipher.get(), bytes(job.key), bytes(job.iv), job.encrypt, nullptr);
             auto* const output = reinterpret_cast<unsigned char*>(room.data());
             int size = 0;
-            for (int offset = 0; offset < job.input.size(); offset += job.subject.portion)
-                EVP_CipherUpdate(context.get(), output, &size, bytes(job.input) + offset, job.portionAt(offset));
+            for (int offset = 0; offset < job.input.size(); offset += job.subject.chunk)
+                EVP_CipherUpdate(context.get(), output, &size, bytes(job.input) + offset, job.chunkAt(offset));
             if (EVP_CipherFinal_ex(context.get(), output, &size) != 1)
                 state.SkipWithError("wrong result");
         }
@@ -233,9 +228,9 @@ void runQca(benchmark::State& state, const Job& job)
     for (auto _ : state) {
         QCA::Cipher cipher(name, mode, QCA::Cipher::PKCS7, job.encrypt ? QCA::Encode : QCA::Decode,
             QCA::SymmetricKey(job.key), QCA::InitializationVector(job.iv));
-        for (int offset = 0; offset < job.input.size(); offset += job.subject.portion)
+        for (int offset = 0; offset < job.input.size(); offset += job.subject.chunk)
             benchmark::DoNotOptimize(
-                cipher.update(QByteArray::fromRawData(job.input.constData() + offset, job.portionAt(offset))));
+                cipher.update(QByteArray::fromRawData(job.input.constData() + offset, job.chunkAt(offset))));
         benchmark::DoNotOptimize(cipher.final());
         if (!cipher.ok())
             state.SkipWithError("wrong result");
@@ -262,7 +257,7 @@ void addRows(const Subject& subject, bool encrypt)
     const std::string name = QString::fromLatin1(subject.name)
                                  .arg(encrypt ? QLatin1String("encrypt") : QLatin1String("decrypt"))
                                  .toStdString();
-    // Not made before its first row runs: a filter may leave all of them out.
+    // Prepared on first use, because a filter may exclude all rows of the subject.
     const auto job = [subject, encrypt] {
         static std::map<std::pair<std::string, bool>, Job> jobs;
         const auto key = std::make_pair(std::string(subject.name), encrypt);
@@ -285,7 +280,7 @@ void addRows(const Subject& subject, bool encrypt)
 #endif
 }
 
-/// Gives so many zeros, as a pipe does.
+/// A sequential device that yields `size` zero bytes.
 class Zeros : public QIODevice {
 public:
     explicit Zeros(qint64 size) : m_left(size) { open(ReadOnly | Unbuffered); }

@@ -13,7 +13,7 @@ using Number = unsigned long long;
 constexpr int Count = 1000000;
 constexpr int Width = sizeof(Number);
 
-/// `write` gets the array, its first byte, and what to write and where.
+/// `write` is called with the array, a pointer to its first byte, the value, and the offset.
 template <class Write> void addWrites(const char* variant, Write write)
 {
     addRow("a million 64-bit writes, little-endian", variant, [write](benchmark::State& state) {
@@ -28,7 +28,7 @@ template <class Write> void addWrites(const char* variant, Write write)
     });
 }
 
-/// `read` gets the array, its first byte, and where to read.
+/// `read` is called with the array, a pointer to its first byte, and the offset.
 template <class Read> void addReads(const char* variant, Read read)
 {
     addRow("a million 64-bit reads, big-endian", variant, [read](benchmark::State& state) {
@@ -48,13 +48,13 @@ template <class Read> void addReads(const char* variant, Read read)
 
 void addEndianRows()
 {
-    // "Asking the size" is the plain way for whoever cannot trust the offset. "On memory", without the array in
-    // between, the compiler makes the loop one of vector instructions.
+    // The size check is the baseline for callers that cannot trust the offset. "On memory" bypasses the array, so the
+    // compiler can vectorise the loop.
     addWrites("orvCore",
         [](QByteArray& data, char*, Number value, int offset) { Endian::WriteBytesLittleEndian(value, data, offset); });
     addWrites("Qt on the array",
         [](QByteArray& data, char*, Number value, int offset) { qToLittleEndian(value, data.data() + offset); });
-    addWrites("Qt, asking the size", [](QByteArray& data, char*, Number value, int offset) {
+    addWrites("Qt with a size check", [](QByteArray& data, char*, Number value, int offset) {
         if (offset >= 0 && offset <= data.size() - Width)
             qToLittleEndian(value, data.data() + offset);
     });
@@ -63,7 +63,7 @@ void addEndianRows()
 
     addReads("orvCore",
         [](const QByteArray& data, const char*, int offset) { return Endian::ToUInt64BigEndian(data, offset); });
-    addReads("Qt, asking the size", [](const QByteArray& data, const char*, int offset) {
+    addReads("Qt with a size check", [](const QByteArray& data, const char*, int offset) {
         return offset >= 0 && offset <= data.size() - Width ? qFromBigEndian<Number>(data.constData() + offset) : 0;
     });
     addReads("Qt on memory",

@@ -12,25 +12,25 @@ using Orv::Core::FS::FileInfo;
 namespace {
 
 constexpr int Count = 100000;
-constexpr int CountInAFolder = 1000;
+constexpr int CountPerDirectory = 1000;
 
-/// The entries, made when they are first needed.
+/// The files, created on first use.
 class Entries {
 public:
     Entries()
     {
         for (int i = 0; i < Count; ++i) {
-            const QString folder = m_folder.filePath(QString::number(i / CountInAFolder));
-            if (i % CountInAFolder == 0)
-                QDir().mkdir(folder);
-            m_paths += folder + QLatin1Char('/') + QString::number(i);
+            const QString directory = m_directory.filePath(QString::number(i / CountPerDirectory));
+            if (i % CountPerDirectory == 0)
+                QDir().mkdir(directory);
+            m_paths += directory + QLatin1Char('/') + QString::number(i);
             QFile(m_paths.last()).open(QIODevice::WriteOnly);
         }
     }
     const QStringList& paths() const { return m_paths; }
 
 private:
-    QTemporaryDir m_folder;
+    QTemporaryDir m_directory;
     QStringList m_paths;
 };
 
@@ -44,7 +44,7 @@ template <class Snapshot> void run(benchmark::State& state, Snapshot snapshot)
     state.SetItemsProcessed(state.iterations() * Count);
 }
 
-void askQt(const QString& path)
+void readWithQt(const QString& path)
 {
     const QFileInfo info(path);
     benchmark::DoNotOptimize(info.exists());
@@ -58,7 +58,7 @@ void askQt(const QString& path)
     benchmark::DoNotOptimize(info.permissions());
 }
 
-void askStandardLibrary(const QString& path)
+void readWithStandardLibrary(const QString& path)
 {
     namespace fs = std::filesystem;
     const fs::path place(path.toStdString());
@@ -79,6 +79,6 @@ void addFileInfoRows()
     addRow(subject, "orvCore", [](benchmark::State& state) {
         run(state, [](const QString& path) { benchmark::DoNotOptimize(FileInfo(path).size()); });
     });
-    addRow(subject, "QFileInfo", [](benchmark::State& state) { run(state, askQt); });
-    addRow(subject, "std::filesystem", [](benchmark::State& state) { run(state, askStandardLibrary); });
+    addRow(subject, "QFileInfo", [](benchmark::State& state) { run(state, readWithQt); });
+    addRow(subject, "std::filesystem", [](benchmark::State& state) { run(state, readWithStandardLibrary); });
 }

@@ -18,16 +18,11 @@ constexpr int Iterations = Key::ITERATION_ADVANCED;
 
 using Result = std::array<unsigned char, 32>;
 
-const unsigned char* bytes(const QByteArray& array)
-{
-    return reinterpret_cast<const unsigned char*>(array.constData());
-}
-
 } // namespace
 
 void addKeyRows()
 {
-    const std::string subject = "key from a password, 50000 iterations";
+    const std::string subject = "PBKDF2, 50000 iterations";
     addRow(subject, "orvCore", [](benchmark::State& state) {
         for (auto _ : state)
             benchmark::DoNotOptimize(Key::generateAdvanced(Aes256, Password, Salt, Iterations));

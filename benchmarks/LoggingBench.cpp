@@ -20,17 +20,17 @@ constexpr char Text[] = "a line of an ordinary length";
 constexpr char WholeText[] = "[ Engine ] [ 1 ] a line of an ordinary length";
 constexpr char Format[] = "%datetime [%level]: %msg";
 
-const QTemporaryDir& folder()
+const QTemporaryDir& logDirectory()
 {
-    static const QTemporaryDir folder;
-    return folder;
+    static const QTemporaryDir directory;
+    return directory;
 }
 
 void setUpLibrary()
 {
     static const bool once = [] {
         Orv::LogManager& manager = Orv::LogManager::instance();
-        manager.setLogPath(folder().path());
+        manager.setLogPath(logDirectory().path());
         manager.setOutToFile(true);
         manager.setLogLevel(Orv::LogManager::Info);
         manager.init();
@@ -45,8 +45,8 @@ void setUpBackEnd()
         using Key = el::ConfigurationType;
         el::Configurations configurations;
         configurations.setToDefault();
-        const std::string fileName = folder().filePath(QStringLiteral("bare.log")).toStdString();
-        configurations.set(el::Level::Global, Key::Filename, fileName); // not among those of setGlobally()
+        const std::string fileName = logDirectory().filePath(QStringLiteral("bare.log")).toStdString();
+        configurations.set(el::Level::Global, Key::Filename, fileName); // setGlobally() leaves out this level
         configurations.setGlobally(Key::Filename, fileName);
         configurations.setGlobally(Key::ToFile, "true");
         configurations.setGlobally(Key::ToStandardOutput, "false");
@@ -54,7 +54,7 @@ void setUpBackEnd()
         configurations.setGlobally(Key::MaxLogFileSize, "2097152");
         configurations.setGlobally(Key::Format, Format);
         el::Loggers::setDefaultConfigurations(configurations, true);
-        // As the library has it: a log does not grow without end.
+        // Rotation, as in the library
         el::Loggers::addFlag(el::LoggingFlag::StrictLogFileSizeCheck);
         el::Helpers::installPreRollOutCallback(
             [](const char* name, std::size_t) { std::rename(name, (std::string(name) + ".old").c_str()); });
@@ -81,7 +81,7 @@ void runOff(benchmark::State& state)
     state.SetItemsProcessed(state.iterations());
 }
 
-/// The stream alone: what Qt makes for a line, written or not.
+/// The cost of Qt's stream alone, for a disabled category.
 void runQtOff(benchmark::State& state)
 {
     setUpLibrary();
@@ -102,10 +102,11 @@ void runBackEnd(benchmark::State& state)
 void runSpdlog(benchmark::State& state)
 {
     static const auto logger = [] {
-        auto made = spdlog::basic_logger_mt("peer", folder().filePath(QStringLiteral("spdlog.log")).toStdString());
-        made->set_pattern("%Y-%m-%d %H:%M:%S,%f [%l]: %v");
-        made->flush_on(spdlog::level::info);
-        return made;
+        auto peer =
+            spdlog::basic_logger_mt("peer", logDirectory().filePath(QStringLiteral("spdlog.log")).toStdString());
+        peer->set_pattern("%Y-%m-%d %H:%M:%S,%f [%l]: %v");
+        peer->flush_on(spdlog::level::info);
+        return peer;
     }();
     for (auto _ : state)
         logger->info(WholeText);
@@ -122,8 +123,8 @@ void addLoggingRows()
 #ifdef ORV_BENCH_SPDLOG
     addRow("a log line", "spdlog, flushed", runSpdlog);
 #endif
-    addRow("a log line that is switched off", "orvCore", runOff);
-    addRow("a log line that is switched off", "QMessageLogger", runQtOff);
+    addRow("a disabled log line", "orvCore", runOff);
+    addRow("a disabled log line", "QMessageLogger", runQtOff);
     addRow("a log line, one thread", "orvCore", runOn)->UseRealTime();
     addRow("a log line, four threads", "orvCore", runOn)->UseRealTime()->Threads(4);
 }

@@ -16,22 +16,22 @@ namespace {
 constexpr int ChunkSize = 1024 * 1024;
 constexpr int Chunks = 64;
 
-/// A file to copy, made when it is first needed.
+/// The file to copy, created on first use.
 class Files {
 public:
     Files()
     {
         QFile file(source());
-        if (!m_folder.isValid() || !file.open(QIODevice::WriteOnly))
+        if (!m_directory.isValid() || !file.open(QIODevice::WriteOnly))
             return;
         for (int i = 0; i < Chunks; ++i)
             file.write(QByteArray(ChunkSize, char(i)));
     }
-    QString source() const { return m_folder.filePath(QStringLiteral("source")); }
-    QString target() const { return m_folder.filePath(QStringLiteral("target")); }
+    QString source() const { return m_directory.filePath(QStringLiteral("source")); }
+    QString target() const { return m_directory.filePath(QStringLiteral("target")); }
 
 private:
-    QTemporaryDir m_folder;
+    QTemporaryDir m_directory;
 };
 
 const Files& files()
@@ -55,7 +55,7 @@ void runOrvCore(benchmark::State& state)
     state.SetBytesProcessed(state.iterations() * ChunkSize * Chunks);
 }
 
-void runHandLoop(benchmark::State& state)
+void runBaselineLoop(benchmark::State& state)
 {
     const QByteArray sourcePath = QFile::encodeName(files().source());
     const QByteArray targetPath = QFile::encodeName(files().target());
@@ -78,8 +78,8 @@ void runHandLoop(benchmark::State& state)
 
 void addStreamCopyRows()
 {
-    const std::string subject = "copy of a file of 64 MiB, 1 MiB at a time";
-    // The first copies after something else have to find their memory first.
+    const std::string subject = "copy of a 64 MiB file in 1 MiB chunks";
+    // Warm up: the first copies also pay for page faults.
     addRow(subject, "orvCore", runOrvCore)->MinTime(0.3)->MinWarmUpTime(0.3);
-    addRow(subject, "read and write", runHandLoop)->MinTime(0.3)->MinWarmUpTime(0.3);
+    addRow(subject, "read and write", runBaselineLoop)->MinTime(0.3)->MinWarmUpTime(0.3);
 }

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Times and weighs whole processes: the sample client beside the openssl program, on real files.
+"""Measures the time and memory of whole processes: the sample client compared with the openssl program, on real files.
 
 usage: processes.py BUILD REPETITIONS MEBIBYTES OUT
 
-Writes JSON rows {"subject", "variant", "seconds", ...} to OUT. Variants take turns, so that what else the machine does
-falls on all of them.
+Writes JSON rows {"subject", "variant", "seconds", ...} to OUT. Variants alternate, so that other load on the
+machine affects all of them alike.
 """
 import json
 import os
@@ -20,7 +20,7 @@ MIB = 1024 * 1024
 
 
 def write_file(path, size):
-    """Random bytes, so that no layer below finds anything to spare."""
+    """Random bytes, so that no layer below can compress or deduplicate them."""
     block = os.urandom(MIB)
     with open(path, "wb") as file:
         while size > 0:
@@ -28,13 +28,13 @@ def write_file(path, size):
             size -= MIB
 
 
-def make_source(folder, mebibytes):
-    """Most of the bytes in four files, a twentieth in small ones."""
-    os.makedirs(folder + "/many")
+def make_source(directory, mebibytes):
+    """Four large files with 95 % of the bytes; small files with the rest."""
+    os.makedirs(directory + "/many")
     for number in range(4):
-        write_file(f"{folder}/large{number}", mebibytes * MIB * 19 // 80)
+        write_file(f"{directory}/large{number}", mebibytes * MIB * 19 // 80)
     for number in range(mebibytes * MIB // 20 // (128 * 1024)):
-        write_file(f"{folder}/many/{number:05}", 128 * 1024)
+        write_file(f"{directory}/many/{number:05}", 128 * 1024)
 
 
 def shell(command):
@@ -53,7 +53,7 @@ def client(program, *arguments):
 
 
 def openssl_files(direction, source, target):
-    """File by file, as a script would: one process a file."""
+    """One process per file, as a script would do it."""
     option = "-d" if direction == "open" else "-e"
     shell(f"cd {source}; find . -type d -exec mkdir -p {target}/{{}} \\; ; find . -type f -print0 |"
           f" while IFS= read -r -d '' f; do openssl enc {option} -aes-256-cbc -pbkdf2"
@@ -61,7 +61,7 @@ def openssl_files(direction, source, target):
 
 
 def openssl_tar(direction, source, target):
-    """One stream. Opening does not read it back into files of another name, so only sealing is shown."""
+    """One stream of all files. Only sealing is measured."""
     del direction
     shell(f"mkdir {target}; tar -C {source} -c . |"
           f" openssl enc -e -aes-256-cbc -pbkdf2 -pass env:PASSWORD -out {target}/archive")
@@ -78,11 +78,11 @@ def measure(orvseal, repetitions, mebibytes, work):
         ("open", "orvCore", lambda: client(orvseal, "open", "--jobs", "2", vault, target)),
         ("open", "openssl enc, file by file", lambda: openssl_files("open", sealed, target)),
     ]
-    # The vault of the first round, which nothing has changed since
+    # Seals the unchanged tree into the vault of the first round again.
     def second_run():
         client(orvseal, "seal", "--jobs", "2", source, vault)
 
-    # What the first round seals is what all of them open.
+    # All rounds open what the first round sealed.
     to_open = {("seal", "orvCore"): vault, ("seal", "openssl enc, file by file"): sealed}
     rows = []
     for _ in range(repetitions):
@@ -100,8 +100,8 @@ def measure(orvseal, repetitions, mebibytes, work):
 
 
 def peak_memory(run):
-    """Peak resident memory, in MiB, of the largest process that `run` starts: asked in a process of its own. Not less
-    than what this script takes itself, about 11 MiB, which a new process has until its program is loaded."""
+    """Peak resident memory, in MiB, of the largest process that `run` starts. Measured in a child process, so the figure
+    includes this script's own size (about 11 MiB) as a lower bound."""
     reader, writer = os.pipe()
     child = os.fork()
     if child == 0:
@@ -117,7 +117,7 @@ def peak_memory(run):
 
 
 def stream_memory(bench, sizes):
-    """Memory against the length of a stream that is encrypted portion by portion."""
+    """Peak memory by the length of a stream that is encrypted in chunks."""
     rows = []
     for size in sizes:
         subject = f"growth: readData of {size} MiB"
@@ -129,7 +129,7 @@ def stream_memory(bench, sizes):
 
 
 def growth(orvseal, work, sizes, counts):
-    """Memory and time, once, against the bytes in one file, and against the number of files."""
+    """Time and peak memory of one run each, by the size of one file and by the number of files."""
     rows = []
 
     def add(what, source):
@@ -139,8 +139,8 @@ def growth(orvseal, work, sizes, counts):
             memory = peak_memory(lambda: client(orvseal, *arguments))
             rows.append({"subject": f"growth: orvseal {arguments[0]} of {what}", "variant": "orvCore",
                          "seconds": time.monotonic() - begin, "memory": memory})
-        for folder in (source, vault, target):
-            shutil.rmtree(folder)
+        for directory in (source, vault, target):
+            shutil.rmtree(directory)
 
     for size in sizes:
         source = work + "/source"

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Makes the table and the chart of the benchmarks.
+"""Writes the benchmark report: a table, a chart, and the rows that the README shows.
 
-usage: report.py PROCESSES_JSON NOTES FOLDER ROUND_JSON...
+usage: report.py PROCESSES_JSON NOTES DIRECTORY README ROUND_JSON...
 
-Writes FOLDER/benchmarks.md and, with gnuplot, FOLDER/benchmarks.svg. Figures are medians of the rounds. Ratios are
-throughput of the library to that of the other, so more than 1 is faster: the median of those within each round, since
-the machine may be slower in one round than in the next.
+Writes DIRECTORY/benchmarks.md and, with gnuplot, DIRECTORY/benchmarks.svg, and replaces the rows between the markers in
+README. Times are medians over the rounds. A ratio is the library's throughput divided by the other's, so above 1 the
+library is faster. It is the median of the ratios within each round, because the machine's speed varies between rounds.
 """
 import datetime
 import json
@@ -19,7 +19,7 @@ import subprocess
 import sys
 import tempfile
 
-# subject (a regular expression), the other variant, the ratio to reach (none: only shown)
+# subject (a regular expression), the variant to compare with, the target ratio (None: no target)
 COMPARISONS = [
     (r"AES-256-CBC (en|de)crypt, (64 KiB|1 MiB) .*", "Crypto++", 0.95),
     (r"AES-256-CBC encrypt, from a file.*", "Crypto++", 0.93),
@@ -35,31 +35,41 @@ COMPARISONS = [
     (r".*(CBC|ECB) encrypt.*", "QCA", 1.9),
     (r".*(CBC|ECB) decrypt.*", "QCA", 4),
     (r".*(CBC|ECB) (en|de)crypt, ((?!stream).)*", "OpenSSL", None),
-    (r"key from a password.*", "Crypto++", 0.98),
-    (r"key from a password.*", "OpenSSL", None),
+    (r"PBKDF2.*", "Crypto++", 0.98),
+    (r"PBKDF2.*", "OpenSSL", None),
     (r"hash tree.*", "bare MD5", 0.75),
     (r"a log line", "easylogging++", 1.0),
     (r"a log line", "spdlog, flushed", None),
-    (r"a log line that is switched off", "QMessageLogger", 0.83),
-    (r"copy of a file.*", "read and write", 0.92),
+    (r"a disabled log line", "QMessageLogger", 0.83),
+    (r"copy of a .*", "read and write", 0.92),
     (r"snapshots.*", "QFileInfo", 3.0),
     (r"snapshots.*", "std::filesystem", 0.60),
     (r"addresses", "QUrl::fromUserInput", 1.5),
     (r"a million 64-bit .*", "Qt on memory", 0.80),
     (r"a million 64-bit .*", "Qt on the array", None),
-    (r"Base64 of.*", "QByteArray::toBase64", 0.80),
-    (r"a megabyte from Base64", "QByteArray::fromBase64", 0.80),
+    (r"Base64 encoding.*", "QByteArray::toBase64", 0.80),
+    (r"Base64 decoding.*", "QByteArray::fromBase64", 0.80),
     (r"orvseal .*", "openssl enc, file by file", 1.0),
     (r"orvseal seal.*", "tar into openssl enc", None),
 ]
 
-# Variants that do in a plain loop around the bare dependency what the library cannot leave out either.
-FLOORS = ["Crypto++ from the source", "Qt, asking the size"]
+# The baseline loops: the bare dependency with only the work that the library cannot avoid.
+BASELINES = ["Crypto++ from the source", "Qt with a size check"]
+
+# The rows that the README shows: subject (a regular expression), the variant to compare with
+README_ROWS = [
+    (r"AES-256-CBC encrypt, 64 KiB .*", "Crypto++"),
+    (r"AES-256-CBC encrypt, 8 streams.*", "OpenSSL"),
+    (r"snapshots.*", "QFileInfo"),
+    (r"a log line", "easylogging++"),
+    (r"orvseal seal.*", "tar into openssl enc"),
+]
+BEGIN, END = "<!-- benchmarks: filled in by tools/bench.sh -->", "<!-- benchmarks: end -->"
 
 
 def add_bench_times(samples, errors, path):
-    """Adds the seconds of one run of each row to (subject, variant): of the processor, or of the clock for rows that ask
-    for that. Rows that failed go to `errors`."""
+    """Appends each row's time, in seconds, to samples[subject, variant]: CPU time, or wall-clock time for rows measured
+    in real time. Failed rows go to `errors`."""
     with open(path) as file:
         for row in json.load(file)["benchmarks"]:
             subject, variant, *rest = row["run_name"].split("/")
@@ -97,30 +107,43 @@ def by_number(text):
 
 
 def comparisons(samples):
-    """(subject, other, our times, the other's times, the ratio by hand, the ratio to reach)"""
+    """Yields (subject, other variant, our times, their times, ratio of the baseline loop or None, target or None)."""
     for pattern, other, target in COMPARISONS:
         for subject, variant in sorted(samples, key=lambda key: by_number(key[0])):
             if variant == other and re.fullmatch(pattern, subject) and (subject, "orvCore") in samples:
                 theirs = samples[subject, other]
-                floors = [ratio(theirs, samples[subject, floor]) for floor in FLOORS if (subject, floor) in samples]
-                yield subject, other, samples[subject, "orvCore"], theirs, floors[0] if floors else None, target
+                baselines = [ratio(theirs, samples[subject, loop]) for loop in BASELINES if (subject, loop) in samples]
+                yield subject, other, samples[subject, "orvCore"], theirs, baselines[0] if baselines else None, target
 
 
 def comparison_table(rows):
-    lines = ["| subject | beside | orvCore | the other | ratio | by hand | to reach |",
+    lines = ["| subject | compared with | orvCore | the other | ratio | baseline | target |",
              "|---|---|---:|---:|---:|---:|---:|"]
-    for subject, other, ours, theirs, floor, target in rows:
+    for subject, other, ours, theirs, baseline, target in rows:
         figure = ratio(theirs, ours)
-        by_hand = "" if floor is None else f"{floor:.2f}"
-        mark = "" if target is None else f"{target:g}" + ("" if figure >= target else " ✗")
+        baseline = "" if baseline is None else f"{baseline:.2f}"
+        target = "" if target is None else f"{target:g}" + ("" if figure >= target else " ✗")
         lines.append(f"| {subject} | {other} | {duration(statistics.median(ours))} |"
-                     f" {duration(statistics.median(theirs))} | {figure:.2f} | {by_hand} | {mark} |")
+                     f" {duration(statistics.median(theirs))} | {figure:.2f} | {baseline} | {target} |")
     return lines
 
 
+def update_readme(rows, path):
+    """Replaces the table between the markers in the README."""
+    lines = ["| | compared with | ratio |", "|---|---|---:|"]
+    for pattern, other in README_ROWS:
+        lines += [f"| {row[0]} | {other} | {ratio(row[3], row[2]):.2f} |" for row in rows
+                  if row[1] == other and re.fullmatch(pattern, row[0])]
+    with open(path) as file:
+        before, rest = file.read().split(BEGIN)
+    after = rest.split(END)[1]
+    with open(path, "w") as file:
+        file.write("\n".join([before + BEGIN, *lines, END + after]))
+
+
 def derived_table(samples, memory):
-    """What the rows of the library say beside each other."""
-    lines = ["| subject | figure | to reach |", "|---|---:|---:|"]
+    """Figures that compare rows of the library with each other."""
+    lines = ["| subject | figure | target |", "|---|---:|---:|"]
 
     def times(subject):
         return samples.get((subject, "orvCore"))
@@ -128,22 +151,22 @@ def derived_table(samples, memory):
     def add(subject, figure, bound, good):
         lines.append(f"| {subject} | {figure:.3g} | {bound}{'' if good else ' ✗'} |")
 
-    off = ratio(times("a log line that is switched off"), times("a log line"))
-    add("a line that is switched off, part of the cost of a written one", off, "at most 0.06", off <= 0.06)
+    off = ratio(times("a disabled log line"), times("a log line"))
+    add("cost of a disabled log line, relative to a written one", off, "at most 0.06", off <= 0.06)
     threads = ratio(times("a log line, one thread"), times("a log line, four threads"))
-    add("lines a second of four threads to those of one, by the clock", threads, "0.8", threads >= 0.8)
+    add("log lines per second with four threads, relative to one (wall clock)", threads, "at least 0.8", threads >= 0.8)
     for what, few, many in [("readData of {} MiB", 1, 4096), ("hash tree of {} leaves", 10000, 10000000)]:
         short, long = (times("growth: " + what.format(count)) for count in (few, many))
         if short and long:
             growth = ratio(long, short) * few / many
-            add(f"{what.format(many)}, cost of a unit to that of {few}", growth, "at most 1.1", growth <= 1.1)
+            add(f"{what.format(many)}, cost per unit relative to {few}", growth, "at most 1.1", growth <= 1.1)
     largest = max(memory[key] for key in memory if "orvseal" in key[0])
     add("peak memory of orvseal, MiB", largest, "at most 64", largest <= 64)
     return lines
 
 
 def growth_table(samples, memory):
-    lines = ["| subject | time | a unit | peak memory |", "|---|---:|---:|---:|"]
+    lines = ["| subject | time | per unit | peak memory |", "|---|---:|---:|---:|"]
     for key in sorted(set(samples) | set(memory), key=lambda key: by_number(key[0])):
         subject = key[0]
         if not subject.startswith("growth: "):
@@ -176,30 +199,32 @@ def machine():
             f"- {version('c++', '--version')}", "- " + ", ".join(versions)]
 
 
-def draw(rows, folder):
+def draw(rows, directory):
     if shutil.which("gnuplot") is None:
         return False
-    data = folder + "/benchmarks.dat"
+    data = directory + "/benchmarks.dat"
     rows = [row for row in rows if row[-1] is not None][::-1]
     ratios = [ratio(theirs, ours) for _, _, ours, theirs, _, _ in rows]
-    first, last = (2.0 ** edge(math.log2(bound)) for edge, bound in ((math.floor, min(ratios)), (math.ceil, max(ratios))))
+    first, last = 2.0 ** math.floor(math.log2(min(ratios))), 2.0 ** math.ceil(math.log2(max(ratios)))
     with open(data, "w") as file:
         for number, (subject, other, _, _, _, target) in enumerate(rows):
             file.write(f'{number}\t{ratios[number]:.4f}\t{target}\t"{subject} / {other}"\n')
     script = f"""
 set terminal svg size 1000,{80 + 22 * len(rows)} font 'sans-serif,11'
-set output '{folder}/benchmarks.svg'
-set title 'Throughput of orvCore to that of the other (bar), and the ratio to reach (mark)'
+set output '{directory}/benchmarks.svg'
+set title 'Throughput of orvCore relative to the other: left of 1 slower, right of 1 faster; × is the target'
 set logscale x 2
 set xrange [{first}:{last}]
 set xtics (0.125, 0.25, 0.5, 0.75, 1, 1.5, 2, 4, 8, 16, 32)
 set yrange [-1:{len(rows)}]
 set grid xtics
+set arrow from 1,-1 to 1,{len(rows)} nohead linewidth 2
 set style fill solid 0.7
 unset key
 set lmargin 62
 set datafile separator tab
-plot '{data}' using ({first}):1:({first}):2:($1-0.35):($1+0.35):ytic(4) with boxxyerror linecolor rgb '#4477aa', \\
+plot '{data}' using (1):1:($2 < 1 ? $2 : 1):($2 < 1 ? 1 : $2):($1-0.35):($1+0.35):($2 < 1 ? 0xcc7733 : 0x4477aa):ytic(4) \\
+     with boxxyerror linecolor rgb variable, \\
      '' using 3:1 with points pointtype 2 pointsize 0.8 linecolor rgb '#cc3311'
 """
     subprocess.run(["gnuplot"], input=script, text=True, check=True)
@@ -208,31 +233,33 @@ plot '{data}' using ({first}):1:({first}):2:($1-0.35):($1+0.35):ytic(4) with box
 
 
 def main():
-    processes, notes, folder, *rounds = sys.argv[1:]
+    processes, notes, directory, readme, *rounds = sys.argv[1:]
     samples, memory, errors = {}, {}, {}
     for path in rounds:
         add_bench_times(samples, errors, path)
     add_process_rows(samples, memory, processes)
     rows = list(comparisons(samples))
     lines = ["# Benchmarks", "",
-             f"Made by `tools/bench.sh`: medians of {len(rounds)} rounds, fewer for what takes seconds. Times are those of",
-             "the processor; of whole processes (`orvseal`), and where it says so, of the clock. Ratios are throughput of",
-             "the library to that of the other in the same round, so that they mean the same on another machine. \"By hand\"",
-             "is the ratio that a plain loop around the bare dependency reaches which does what the library cannot leave",
-             "out either: it reads the source before it encrypts, and asks for the size of an array before it touches it.",
+             f"Generated by `tools/bench.sh`: medians of {len(rounds)} rounds; rows that take seconds have fewer rounds.",
+             "Times are CPU times; those of `orvseal` and of rows that say so are wall-clock times. A ratio is the",
+             "library's throughput divided by the other's in the same round, so it carries over to other machines: above",
+             "1, the library is faster. \"Baseline\" is the ratio of a plain loop around the bare dependency that does the",
+             "same unavoidable work: it reads the source before it encrypts, and checks an array's size before it accesses",
+             "it. ✗ marks a missed target.",
              ""]
     lines += [f"- {datetime.date.today()}", *machine(), f"- files in `{tempfile.gettempdir()}`", ""]
-    if draw(rows, folder):
+    if draw(rows, directory):
         lines += ["![Ratios](benchmarks.svg)", ""]
     lines += comparison_table(rows) + [""]
     if errors:
         lines += ["Not measured: " + "; ".join(f"{subject} / {variant}: {error}" for (subject, variant), error
                                                in sorted(errors.items())) + ".", ""]
-    lines += [*derived_table(samples, memory), "", "## How cost grows", "", *growth_table(samples, memory), ""]
+    lines += [*derived_table(samples, memory), "", "## Scaling", "", *growth_table(samples, memory), ""]
     with open(notes) as file:
         lines += file.read().splitlines()
-    with open(folder + "/benchmarks.md", "w") as file:
+    with open(directory + "/benchmarks.md", "w") as file:
         file.write("\n".join(lines) + "\n")
+    update_readme(rows, readme)
 
 
 if __name__ == "__main__":  # compare.py imports it

@@ -36,9 +36,10 @@ fi
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 if $quick; then
-    rounds=1 long_rounds=1 time=0.001 files=(1 64) out=$work
+    rounds=1 long_rounds=1 time=0.001 files=(1 64) out=$work readme=$work/README.md
+    cp README.md "$readme"
 else
-    rounds=9 long_rounds=3 time=0.05 files=(3 2048) out=docs
+    rounds=9 long_rounds=3 time=0.05 files=(3 2048) out=docs readme=README.md
 fi
 # In each round the rows of a subject follow each other, so that what else the machine does falls on all of them.
 for round in $(seq "$rounds"); do
@@ -51,5 +52,5 @@ for round in $(seq "$rounds"); do
 done
 python3 benchmarks/processes.py "$build" "${files[@]}" "$work/processes.json"
 mkdir -p "$out"
-python3 benchmarks/report.py "$work/processes.json" benchmarks/notes.md "$out" "$work"/round*.json
+python3 benchmarks/report.py "$work/processes.json" benchmarks/notes.md "$out" "$readme" "$work"/round*.json
 cat "$out/benchmarks.md"
