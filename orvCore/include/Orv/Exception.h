@@ -7,21 +7,21 @@
 
 #include <exception>
 
-/// What the library and its clients throw when an operation cannot go on.
+/// The exceptions of the library and its clients.
 namespace Orv::Exception {
 
-/// The base of the family, and what the library itself throws.
+/// The base class, and the exception that the library itself throws.
 class ORV_EXPORT Base : public std::exception {
 public:
-    /// `message` is for people.
+    /// `message` is a description for the user.
     explicit Base(const QString& message);
     ~Base() override;
 
-    /// The message in UTF-8. The pointer is good as long as the exception lives; it is built with the exception, so
-    /// that asking for it neither fails nor allocates. A message with an embedded null reads as cut off there.
+    /// The message in UTF-8, valid during the lifetime of the exception. The string is created by the constructor, so
+    /// this function neither fails nor allocates. A NUL character in the message ends the C string early.
     const char* what() const noexcept override;
 
-    /// The message as it was given.
+    /// The message as passed to the constructor.
     const QString& message() const { return m_message; }
 
 private:
@@ -32,7 +32,7 @@ private:
 /// Input data is malformed or inconsistent.
 class ORV_EXPORT InvalidData : public Base {
 public:
-    /// As for `Base`.
+    /// See `Base::Base`.
     explicit InvalidData(const QString& message);
     ~InvalidData() override;
 };
@@ -40,7 +40,7 @@ public:
 /// An operation was cancelled.
 class ORV_EXPORT Canceled : public Base {
 public:
-    /// As for `Base`.
+    /// See `Base::Base`.
     explicit Canceled(const QString& message);
     ~Canceled() override;
 };

@@ -2,7 +2,7 @@
 
 #include <QtGlobal>
 
-/// Marks what the shared library exports; everything else stays hidden in it.
+/// Exports a symbol from the shared library. All other symbols are hidden.
 #ifdef ORV_BUILDING_LIBRARY
 #define ORV_EXPORT Q_DECL_EXPORT
 #else

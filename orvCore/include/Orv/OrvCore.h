@@ -46,21 +46,21 @@
 #include <Orv/Utility/Uuid2String.h>
 
 /// \namespace Orv
-/// The library. Outside of it are the functions that Qt, the system or the logging back end call back, the categories
-/// of the debug streams, and the lock probe, which are in the global namespace, and `Extensions`.
+/// The library. The following are in the global namespace: callbacks of Qt, of the system and of the logging back end,
+/// the logging categories, and the lock probe.
 
 /// \namespace Orv::Core
-/// What the product is, shared settings, and the hash tree.
+/// Product identity, shared settings, and the hash tree.
 
 /// \namespace Orv::Core::FS
 /// Snapshots of files.
 
 /// \namespace Orv::Utility
-/// Files, links and times, texts for people, and services of the host.
+/// Files, links and times, strings for display, and host services.
 
 /// \namespace Orv::Utitlity
-/// Exact forms that are exchanged with other programs, random data, and the package check. The spelling is kept:
-/// clients are compiled against it.
+/// Encodings that are exchanged with other programs, random data, and the package check. The misspelt name is kept for
+/// existing clients.
 
 /// \namespace Extensions
-/// Additions to the language's arithmetic.
+/// Integer arithmetic.

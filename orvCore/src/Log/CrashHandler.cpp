@@ -18,7 +18,7 @@
 #include <signal.h>
 #include <unistd.h>
 
-// All of this runs in signal handlers: a crash may have happened inside malloc() or inside the log.
+// This code runs in signal handlers: the crash may have happened inside malloc() or inside the log.
 
 namespace {
 
@@ -30,7 +30,7 @@ constexpr char Picture[] = "\n                   _..\n"
                            " ==._.==         ;\n"
                            "      \\ i _..._ /,\n"
                            "      {_;/   {_// \n";
-static_assert(sizeof(Picture) - 1 == 124, "the picture is known by its letters");
+static_assert(sizeof(Picture) - 1 == 124, "other programs match the picture");
 
 constexpr std::array Signals{SIGFPE, SIGILL, SIGSEGV, SIGINT};
 constexpr unsigned TimeForTheReport = 4; // seconds
@@ -47,7 +47,7 @@ void addReason(SignalText& text, int signal)
     text.add("unknown signal [").add(static_cast<unsigned>(signal)).add("]");
 }
 
-/// As the linker knows them: exported functions by their (mangled) names, others by their place in their file.
+/// Adds the stack frames: exported functions by their mangled names, others by file and offset.
 void addFrames(SignalText& text)
 {
     std::array<void*, 64> frames;
@@ -69,9 +69,9 @@ void addFrames(SignalText& text)
 {
     static std::atomic_flag isCrashing = ATOMIC_FLAG_INIT;
     while (isCrashing.test_and_set())
-        ::pause(); // another thread is at it, and will end the process
+        ::pause(); // another thread is reporting and will end the process
 
-    // Whatever may still block, the process ends.
+    // Ends the process even if the report blocks.
     std::signal(SIGALRM, SIG_DFL);
     sigset_t ending;
     sigemptyset(&ending);
@@ -92,13 +92,13 @@ void addFrames(SignalText& text)
     text.add("\n    ======= Backtrace: =========");
     addFrames(text);
     writeFromSignal({DefaultLog, ShadowLog}, "FATAL", text.text());
-    std::raise(SIGABRT); // not at once abort(), which may flush streams that another thread holds
+    std::raise(SIGABRT); // before abort(), which may flush streams that another thread has locked
     std::abort();
 }
 
 std::atomic<int> interrupts{0};
 
-/// Called with the log's lock, and so never twice at a time.
+/// Called with the log's lock held, so never concurrently.
 void logInterrupts()
 {
     static int logged = 0;
@@ -117,7 +117,7 @@ void interrupt()
     errno = savedErrno;
 }
 
-/// A thread whose stack has overflowed can only run a handler on another one.
+/// After a stack overflow, a handler can run only on an alternate stack.
 void provideAlternateStack()
 {
     static std::array<char, 65536> memory;
@@ -144,14 +144,14 @@ void crashHandler(int signal)
 void installCrashHandler()
 {
     void* frame = nullptr;
-    ::backtrace(&frame, 1); // the first call loads a library
+    ::backtrace(&frame, 1); // the first call loads a shared library, which is not signal-safe
     provideAlternateStack();
     struct sigaction action { };
     action.sa_handler = crashHandler;
     action.sa_flags = SA_ONSTACK | SA_RESTART;
     sigemptyset(&action.sa_mask);
     for (const int signal : Signals)
-        sigaddset(&action.sa_mask, signal); // a crash in here ends the process
+        sigaddset(&action.sa_mask, signal); // a crash in the handler ends the process
     for (const int signal : Signals)
         ::sigaction(signal, &action, nullptr);
 }

@@ -1,4 +1,4 @@
 #pragma once
 
-/// Installs `crashHandler()` for its signals, with an alternate stack for the calling thread if it has none.
+/// Installs `crashHandler()` for its signals, and an alternate signal stack for the calling thread if it has none.
 void installCrashHandler();

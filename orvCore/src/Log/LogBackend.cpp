@@ -26,12 +26,12 @@ struct Target {
     bool isColoured;
 };
 
-// Never destroyed and without a constructor: signal handlers and messages late in the process's exit use them.
+// No constructor or destructor: used by signal handlers and by messages during static destruction.
 Target targets[] = {{el::base::consts::kDefaultLoggerId, nullptr, nullptr, true, true, false},
     {"shadow", nullptr, nullptr, true, false, false}};
 bool hasRawOutput = false;
 
-/// The back end's last step: hands a formatted entry to the file and to standard output.
+/// The back end's last step: writes a formatted entry to the file and to standard output.
 class Dispatcher : public el::LogDispatchCallback {
 protected:
     void handle(const el::LogDispatchData* data) override
@@ -50,7 +50,7 @@ protected:
     }
 };
 
-/// Creates the back end, which never goes again: messages may come when static objects have gone.
+/// Creates the back end. It is never destroyed, because messages may be logged during static destruction.
 void createBackEnd()
 {
     using namespace el;
@@ -70,8 +70,8 @@ el::Logger& loggerOf(Log log)
     return *targets[log].logger;
 }
 
-/// What a message builder puts into the stream of its logger in place of what is there: `<<` stops at a null character,
-/// and does nothing once it has failed for lack of memory.
+/// Replaces the content of the logger's stream when inserted into it. Inserting the string itself would stop at a NUL
+/// character, and would do nothing after an earlier insertion failed for lack of memory.
 struct Content {
     const std::string& text;
 };
@@ -83,7 +83,7 @@ std::ostream& operator<<(std::ostream& stream, const Content& content)
     return stream;
 }
 
-// localtime() is not for signal handlers. So the offset from UTC is read at entries, once in each quarter of an hour.
+// localtime() is not async-signal-safe, so ordinary entries update the UTC offset, once per quarter of an hour.
 std::atomic<std::time_t> offsetFromUtc{0}; // seconds
 std::time_t nextQuarter = 0;
 
@@ -99,8 +99,8 @@ void updateOffsetFromUtc()
     offsetFromUtc = local.tm_gmtoff;
 }
 
-/// As the back end's "%datetime". The date is that of H. Hinnant, "chrono-Compatible Low-Level Date Algorithms",
-/// civil_from_days, for dates from 1970 on.
+/// Adds the time in the format of the back end's "%datetime". The date algorithm is civil_from_days of H. Hinnant,
+/// "chrono-Compatible Low-Level Date Algorithms", for dates from 1970 on.
 void addTime(SignalText& text)
 {
     struct timeval time { };
@@ -119,10 +119,10 @@ void addTime(SignalText& text)
     text.add(",").add(static_cast<std::uint64_t>(time.tv_usec), 10, 6);
 }
 
-/// Gives up on a pipe that nobody reads: the process is about to end or to continue, but not to wait.
+/// Gives up after a timeout if standard output is a pipe without a reader, because signal handlers must not block.
 void writeToStandardOutputWithoutWaiting(std::string_view text)
 {
-    constexpr std::size_t Chunk = 512; // what a pipe that is ready takes at least
+    constexpr std::size_t Chunk = 512; // PIPE_BUF is at least this: a writable pipe accepts it
     constexpr int Timeout = 200;       // milliseconds
     struct pollfd output {
         STDOUT_FILENO, POLLOUT, 0
@@ -172,10 +172,10 @@ void write(Log log, el::Level level, const std::string& text) noexcept
         builder.initialize(&logger);
         builder << Content{text};
         el::LogMessage message(level, "", 0, "", 0, &logger);
-        // Not by el::base::Writer, which stays locked if something throws.
+        // el::base::Writer would leave the logger locked after an exception.
         el::base::LogDispatcher(true, &message, el::base::DispatchAction::NormalLog).dispatch();
     } catch (...) {
-        // The entry is dropped, most likely for lack of memory.
+        // Drops the entry, most likely for lack of memory.
     }
 }
 
@@ -202,10 +202,10 @@ void writeFromSignal(std::initializer_list<Log> logs, std::string_view level, st
 void writeToStandardOutput(std::string_view text)
 {
     try {
-        std::cout.clear(); // of an earlier failure, whose cause may be gone
+        std::cout.clear(); // the cause of an earlier failure may be gone
         std::cout << text << std::flush;
     } catch (...) {
-        // Where the program has its streams throw.
+        // The program may have enabled exceptions of std::cout.
     }
 }
 

@@ -9,29 +9,28 @@
 
 class LogFile;
 
-/// The two logs: loggers of the back end, which decides what is written and formats it, and where their entries go,
-/// which is the library's own business. To be used with the `LogLock` held.
+/// The two logs. The back end filters and formats the entries; this module writes them. All functions require the
+/// `LogLock`.
 namespace Orv::LogBackend {
 
 enum Log { DefaultLog, ShadowLog };
 
-/// Configures a log. Without `file` it has none.
+/// Configures a log. `file` may be null.
 void configure(Log log, const el::Configurations& configurations, std::unique_ptr<LogFile> file, bool toStandardOutput);
 
-/// Writes to the file of a log no more.
+/// Closes a log's file.
 void closeFile(Log log);
 
-/// Echoes the bare text of every entry on standard output from now on.
+/// From now on, echoes the bare message of every entry to standard output.
 void setRawOutput();
 
-/// Writes one entry. If that fails it is dropped. A fatal entry does not end the process: that is up to the caller.
+/// Writes one entry; drops it on failure. Does not end the process after a fatal entry: the caller does.
 void write(Log log, el::Level level, const std::string& text) noexcept;
 
-/// The same for signal handlers: neither allocates nor waits. Best with the lock held; without, an entry of another
-/// thread may come in between.
+/// Same, for signal handlers: neither allocates nor blocks. Without the lock, entries of other threads may be mixed in.
 void writeFromSignal(std::initializer_list<Log> logs, std::string_view level, std::string_view text);
 
-/// Writes to standard output. What it cannot take or throws is dropped.
+/// Writes to standard output. Drops the text on failure.
 void writeToStandardOutput(std::string_view text);
 
 } // namespace Orv::LogBackend

@@ -19,7 +19,7 @@
 
 namespace {
 
-/// Without waiting for a reader, should it be a pipe, and never as one of the standard streams, should one be closed.
+/// Does not block if the path is a FIFO, and never uses the descriptor of a closed standard stream.
 int openForAppending(const std::string& path)
 {
     int descriptor = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0666);
@@ -30,18 +30,18 @@ int openForAppending(const std::string& path)
     return higher;
 }
 
-bool endsInALine(const std::string& path, off_t size)
+bool hasPartialLine(const std::string& path, off_t size)
 {
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     char last = '\n';
     if (descriptor < 0 || ::pread(descriptor, &last, 1, size - 1) != 1)
-        last = '\n'; // a file that we may not read is taken for whole
+        last = '\n'; // assume a complete last line if the file is not readable
     if (descriptor >= 0)
         ::close(descriptor);
     return last != '\n';
 }
 
-/// Turns the signals of a failed write, of a pipe without a reader or of a file at its size limit, into mere errors.
+/// Suppresses the signals of a failed write (SIGPIPE, SIGXFSZ), so that only write() reports the error.
 class WriteSignalGuard {
 public:
     WriteSignalGuard()
@@ -105,7 +105,7 @@ void LogFile::append(std::string_view entry)
 
 bool LogFile::appendOnly(std::string_view entry)
 {
-    return (m_descriptor >= 0 || openInDirectory()) && (!m_endsInALine || write("\n")) && write(entry);
+    return (m_descriptor >= 0 || openInDirectory()) && (!m_hasPartialLine || write("\n")) && write(entry);
 }
 
 bool LogFile::open()
@@ -115,7 +115,7 @@ bool LogFile::open()
     return errno == ENOENT && QDir().mkpath(QFileInfo(QString::fromStdString(m_path)).path()) && openInDirectory();
 }
 
-/// Leaves the file that is open as it is if no other can be opened. For signal handlers too.
+/// Keeps the current file if the new one cannot be opened. Async-signal-safe.
 bool LogFile::openInDirectory()
 {
     const int descriptor = openForAppending(m_path);
@@ -129,7 +129,7 @@ bool LogFile::openInDirectory()
         !isRegular || (::getrlimit(RLIMIT_FSIZE, &sizeLimit) == 0 && sizeLimit.rlim_cur != RLIM_INFINITY);
     m_limit = isRegular ? m_maxSize : 0;
     m_size = isRegular ? static_cast<std::size_t>(status.st_size) : 0;
-    m_endsInALine = m_size > 0 && endsInALine(m_path, status.st_size);
+    m_hasPartialLine = m_size > 0 && hasPartialLine(m_path, status.st_size);
     m_descriptor = descriptor;
     return true;
 }
@@ -146,20 +146,20 @@ void LogFile::rotate()
     const std::time_t now = std::time(nullptr);
     if (now == m_takenSecond)
         return;
-    if (isInPlace()) {
+    if (isAtPath()) {
         if (::access(rotatedName(QString::fromStdString(m_path)).toUtf8(), F_OK) == 0) {
             m_takenSecond = now;
             return;
         }
         logsRollout(m_path.c_str(), m_size);
-        if (isInPlace())
+        if (isAtPath())
             return;
     }
     open();
 }
 
-/// Whether the open file is the one that has the name.
-bool LogFile::isInPlace() const
+/// Whether the path still names the open file.
+bool LogFile::isAtPath() const
 {
     struct stat named { };
     struct stat opened { };
@@ -179,7 +179,7 @@ bool LogFile::write(std::string_view text)
         if (written <= 0)
             return false;
         m_size += static_cast<std::size_t>(written);
-        m_endsInALine = text[static_cast<std::size_t>(written) - 1] != '\n';
+        m_hasPartialLine = text[static_cast<std::size_t>(written) - 1] != '\n';
         text.remove_prefix(static_cast<std::size_t>(written));
     }
     return true;

@@ -8,15 +8,15 @@
 
 /// One log file: opens it, appends entries to it, rotates it and recovers from errors. Not thread-safe.
 ///
-/// - Each entry is one `write()` to a descriptor in append mode that child processes do not inherit.
-/// - A missing directory is created. After a failure the entry is dropped, and the next one opens the file anew.
-/// - An entry begins a line, also after one that a full disk or the end of an earlier process cut short.
-/// - A full file is rotated by `logsRollout()`, right after the entry that filled it. As long as the new name is taken
-///   (two rotations within a second) or the directory refuses, the file keeps growing and each entry tries again.
-/// - A file that was deleted or replaced under its name is left alone when it is full, and a new one begun.
+/// - Each entry is one `write()` to a descriptor in append mode with close-on-exec.
+/// - A missing directory is created. After a failure, the entry is dropped, and the next one reopens the file.
+/// - An entry starts on a new line, even if the previous one was truncated by a full disk or the end of its process.
+/// - A full file is rotated by `logsRollout()`, right after the entry that filled it. While the new name is taken (two
+///   rotations within a second) or the rename fails, the file keeps growing and each entry retries.
+/// - If the file was deleted or replaced, it is not renamed when full; a new file is opened at the path.
 class LogFile {
 public:
-    /// `path` is in UTF-8. `maxSize` is the size in bytes from which on the file is full; 0: never.
+    /// `path` is in UTF-8. The file is full at `maxSize` bytes or more; 0 means never.
     LogFile(std::string path, std::size_t maxSize);
     ~LogFile();
     LogFile(const LogFile&) = delete;
@@ -24,7 +24,7 @@ public:
 
     /// Appends an entry, which ends with a newline.
     void append(std::string_view entry);
-    /// The same for signal handlers: creates no directory and does not rotate. Returns whether all of it was written.
+    /// Same, for signal handlers: does not create directories or rotate. Returns whether the whole entry was written.
     bool appendOnly(std::string_view entry);
 
 private:
@@ -33,7 +33,7 @@ private:
     bool openInDirectory();
     void close();
     void rotate();
-    bool isInPlace() const;
+    bool isAtPath() const;
     bool write(std::string_view text);
 
     const std::string m_path;
@@ -41,7 +41,7 @@ private:
     std::size_t m_limit = 0; // m_maxSize for a regular file, 0 for a device
     std::atomic<int> m_descriptor{-1};
     std::size_t m_size = 0;
-    bool m_mayRaiseSignals = false; // a write that fails
-    bool m_endsInALine = false;     // the file's last byte is no newline
-    std::time_t m_takenSecond = 0;  // when the name for the full file was found taken
+    bool m_mayRaiseSignals = false; // by a failed write
+    bool m_hasPartialLine = false;  // the last line is incomplete
+    std::time_t m_takenSecond = 0;  // in this second, the new name of the full file was taken
 };

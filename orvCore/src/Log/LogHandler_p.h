@@ -2,7 +2,7 @@
 
 #include <easylogging++.h>
 
-/// Echoes the bare text of each entry on standard output.
+/// Echoes the bare message of each entry to standard output.
 class LogHandler : public el::LogDispatchCallback {
 public:
     ~LogHandler() override;

@@ -7,12 +7,12 @@
 
 namespace {
 
-// Not std::mutex: its try_lock() is undefined for the thread that has it, and that is what signal handlers do.
+// Signal handlers may call try_lock() in the thread that holds the lock, which is undefined for std::mutex.
 pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
 std::atomic<pthread_t> owner{};
 std::atomic<void (*)()> deferredWork{nullptr};
 std::atomic<int> deferred{0};
-bool forkedInside = false; // under the lock
+bool forkedInside = false; // protected by the lock
 
 bool isMine()
 {
@@ -39,8 +39,8 @@ void release()
     ::pthread_mutex_unlock(&mutex);
 }
 
-/// To be called after each release: a handler that found the lock taken relies on it. Adding 0 is a load that is not
-/// moved before the release.
+/// Call after each release: a handler that found the lock taken relies on it. fetch_add(0) is a load that cannot be
+/// reordered before the release.
 void runDeferred()
 {
     while (deferred.fetch_add(0) != 0 && tryAcquire()) {
@@ -68,9 +68,9 @@ void afterForkInParent()
 
 void afterForkInChild()
 {
-    deferred = 0; // that is the parent's
+    deferred = 0; // the parent runs it
     ::pthread_mutex_unlock(&mutex);
-    mutex = PTHREAD_MUTEX_INITIALIZER; // not every system lets the child unlock what its parent has locked
+    mutex = PTHREAD_MUTEX_INITIALIZER; // on some systems, the child cannot unlock it
     if (forkedInside)
         acquire();
     else

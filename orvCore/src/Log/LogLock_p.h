@@ -1,8 +1,8 @@
 #pragma once
 
-/// Holds the log's one lock, which protects the log files, the back end and its configuration. Recursive, since writing
-/// an entry may log something else. A `fork()` waits for it, so that the child finds it free and the log consistent; a
-/// thread that is cancelled (`QThread::terminate()`) ends after it has released it.
+/// Holds the process-wide lock of the log, which protects the log files, the back end and its configuration. Recursive,
+/// because writing an entry may log another one. `fork()` acquires it, so the lock is free and the log consistent in
+/// the child. A cancelled thread (`QThread::terminate()`) releases it before it ends.
 class LogLock {
 public:
     LogLock();
@@ -11,12 +11,12 @@ public:
     LogLock& operator=(const LogLock&) = delete;
 
     ///@{
-    /// For signal handlers, which must not wait for a lock that the interrupted thread may hold.
+    /// For signal handlers, which must not block on a lock that the interrupted thread may hold.
 
-    /// Calls `work` with the lock held: at once if the lock is free, otherwise as soon as its holder has released it.
-    /// `work` may run in either context. Repeated calls before it ran count as one.
+    /// Calls `work` with the lock held: immediately if the lock is free, otherwise in its holder's thread, right after
+    /// the release. Further calls before `work` has run have no effect.
     static void callWhenFree(void (*work)());
-    /// Takes the lock for good if that is possible within half a second, or if the calling thread has it already.
+    /// Acquires the lock permanently, unless that takes more than half a second or the calling thread already holds it.
     static void takeIfPossible();
     ///@}
 

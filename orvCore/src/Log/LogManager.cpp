@@ -43,7 +43,7 @@ LogManager::LogManager() : m_appPrefix(QStringLiteral("DOV_LOG"))
 
 LogManager& LogManager::instance()
 {
-    // Never destroyed, so that messages which come late in the process's exit are still formatted.
+    // Never destroyed: messages may be logged during static destruction.
     static LogManager& manager = *new LogManager;
     return manager;
 }

@@ -10,6 +10,6 @@ void renameUnlessTaken(const char* from, const char* to)
 {
     if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0 || (errno != EINVAL && errno != ENOSYS))
         return;
-    if (::access(to, F_OK) != 0) // a file system that cannot do both in one step
+    if (::access(to, F_OK) != 0) // the file system does not support RENAME_NOREPLACE
         ::rename(from, to);
 }

@@ -9,6 +9,6 @@ void renameUnlessTaken(const char* from, const char* to)
 {
     if (::renamex_np(from, to, RENAME_EXCL) == 0 || errno != ENOTSUP)
         return;
-    if (::access(to, F_OK) != 0) // a file system that cannot do both in one step
+    if (::access(to, F_OK) != 0) // the file system does not support RENAME_EXCL
         ::rename(from, to);
 }

@@ -2,9 +2,9 @@
 
 #include <QString>
 
-/// The name that `logsRollout()` gives to a file at this moment.
+/// Returns the name that `logsRollout()` would give the file now.
 QString rotatedName(const QString& fileName);
 
-/// Renames a file, in the system's encoding. Does nothing if there is a file of the new name, and, in contrast to
-/// QFile::rename(), never copies: a full log would be copied at every entry where the folder refuses the renaming.
+/// Renames a file; paths are in the system's encoding. Does nothing if `to` exists. Unlike QFile::rename(), never
+/// copies: if the directory is read-only, a full log would be copied at every entry.
 void renameUnlessTaken(const char* from, const char* to);

@@ -43,7 +43,7 @@ void writeTo(std::initializer_list<Orv::LogBackend::Log> logs, QtMsgType type, c
         for (const Orv::LogBackend::Log log : logs)
             Orv::LogBackend::write(log, *level, text);
     } catch (const std::bad_alloc&) {
-        // An entry that does not fit into the memory is dropped.
+        // Drops the entry.
     }
     if (type == QtFatalMsg)
         std::abort();
@@ -66,7 +66,7 @@ QString logFormat(QtMsgType type, const QMessageLogContext& context, const QStri
     Q_UNUSED(type)
     if (!Orv::LogManager::instance().isVerbose())
         return message;
-    // All at once, so that a "%1" of the message or of a name stays as it is.
+    // One call, so that a "%1" in the message or in a name is not replaced.
     return QStringLiteral("%1\n\tFunction: %2\n\tCategory: %3\n\tLine: %4")
         .arg(message, QString(context.function), QString(context.category), QString::number(context.line));
 }

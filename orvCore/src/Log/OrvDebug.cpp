@@ -14,8 +14,7 @@
 
 #include <pthread.h>
 
-// The objects behind these functions are never destroyed, so that code which runs late in the process's exit can still
-// log.
+// These objects are never destroyed, because static destructors may log.
 
 const QLoggingCategory& orvLogDebug()
 {
@@ -38,7 +37,7 @@ const QLoggingCategory& orvLogInfoH()
 namespace {
 
 struct ThreadNumbers {
-    std::mutex mutex; // not QMutex, whose work the thread sanitizer cannot see
+    std::mutex mutex; // the thread sanitizer does not understand QMutex
     QHash<quint64, quint64> bySystemNumber;
 };
 
@@ -48,11 +47,11 @@ ThreadNumbers& threadNumbers()
     return numbers;
 }
 
-thread_local quint64 ownThreadNumber = 0; // asked for at every line, switched off or not
+thread_local quint64 ownThreadNumber = 0; // cached: every message needs it, written or not
 
 quint64 findThreadNumber()
 {
-    // A child process finds the mutex free, and its thread has a system number of its own.
+    // In a forked child, the mutex has to be free, and its thread has a new system number.
     [[maybe_unused]] static const int registered =
         ::pthread_atfork([] { threadNumbers().mutex.lock(); }, [] { threadNumbers().mutex.unlock(); },
             [] {
@@ -81,10 +80,10 @@ namespace {
 
 QMessageLogger logger()
 {
-    return QMessageLogger(nullptr, 0, nullptr); // without an origin, but, unlike QMessageLogger(), with a category
+    return QMessageLogger(nullptr, 0, nullptr); // no origin, but, unlike QMessageLogger(), a category
 }
 
-/// A stream that is off throws away what it is given. The prefix is spared then; the thread is numbered all the same.
+/// Adds the prefix, unless the stream is disabled and would discard it. Numbers the thread in either case.
 QDebug withPrefix(QDebug stream, const char* name, bool isOn = true)
 {
     const quint64 thread = threadId();

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <string_view>
 
-/// A text that a signal handler can compose: no allocation, no lock. What does not fit is left out.
+/// A fixed-size string buffer for signal handlers: no allocation, no locks. Truncates what does not fit.
 class SignalText {
 public:
     void clear() { m_size = 0; }
@@ -20,7 +20,7 @@ public:
         return *this;
     }
 
-    /// `width`: at least so many digits, with leading zeros.
+    /// `width` is the minimum number of digits, padded with leading zeros.
     SignalText& add(std::uintmax_t number, int base = 10, std::size_t width = 1)
     {
         std::array<char, 64> digits;

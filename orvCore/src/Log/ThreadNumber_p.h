@@ -2,5 +2,5 @@
 
 #include <QtGlobal>
 
-/// The system's number of the calling thread.
+/// Returns the system's number of the calling thread.
 quint64 systemThreadNumber();

@@ -11,9 +11,9 @@ namespace Orv::Utitlity {
 
 namespace {
 
-// Bounds the search for a chain, and is more than a chain may have by OpenSSL's default.
+// Bounds the search for a chain; OpenSSL's default maximum depth is lower.
 constexpr int MostCertificates = 100;
-// Parsed, a certificate may take fifty times its size. Real ones have a few KiB.
+// A parsed certificate may need fifty times its size in memory. Real ones have a few KiB.
 constexpr int LargestChain = 256 * 1024; // bytes
 
 template <auto Free> struct Freer {
@@ -30,7 +30,7 @@ using Certificates = std::unique_ptr<STACK_OF(X509), Freer<freeAll>>;
 using Store = std::unique_ptr<X509_STORE, Freer<X509_STORE_free>>;
 using Verification = std::unique_ptr<X509_STORE_CTX, Freer<X509_STORE_CTX_free>>;
 
-/// Leaves the thread's queue of OpenSSL errors, which a client may use too, as it was.
+/// Restores the thread's OpenSSL error queue, which the client may use too.
 class ErrorMark {
 public:
     ErrorMark() { ERR_set_mark(); }
@@ -39,7 +39,7 @@ public:
     ErrorMark& operator=(const ErrorMark&) = delete;
 };
 
-/// Null if one of them is no certificate or is followed by anything.
+/// Null if an element is not exactly one certificate.
 Certificates parse(const QList<QByteArray>& chain)
 {
     Certificates certificates(sk_X509_new_null());
@@ -49,7 +49,7 @@ Certificates parse(const QList<QByteArray>& chain)
         Certificate certificate(d2i_X509(nullptr, &next, der.size()));
         if (!certificate || next != end || sk_X509_push(certificates.get(), certificate.get()) == 0)
             return nullptr;
-        static_cast<void>(certificate.release()); // now the stack's
+        static_cast<void>(certificate.release()); // owned by the stack now
     }
     return certificates;
 }

@@ -13,10 +13,10 @@ namespace {
 struct Releaser {
     void operator()(CFTypeRef object) const { ::CFRelease(object); }
 };
-/// Owns a reference; releases it unless it is null.
+/// An owned reference.
 template <typename Reference> using Owned = std::unique_ptr<std::remove_pointer_t<Reference>, Releaser>;
 
-/// The certificates as objects; null if one of them is no certificate.
+/// Parses the certificates; null if one of them is invalid.
 Owned<CFMutableArrayRef> parse(const QList<QByteArray>& chain)
 {
     Owned<CFMutableArrayRef> certificates(::CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks));
@@ -30,7 +30,7 @@ Owned<CFMutableArrayRef> parse(const QList<QByteArray>& chain)
     return certificates;
 }
 
-/// Null without a certificate.
+/// Null if `certificates` is empty.
 Owned<SecTrustRef> makeTrust(CFArrayRef certificates)
 {
     const Owned<SecPolicyRef> policy(::SecPolicyCreateBasicX509());
@@ -41,7 +41,7 @@ Owned<SecTrustRef> makeTrust(CFArrayRef certificates)
 
 OSStatus evaluate(SecTrustRef trust, SecTrustResultType& result)
 {
-    // Its successor takes a user's own trust for the system's; this one tells them apart.
+    // Its successor, SecTrustEvaluateWithError(), also accepts anchors that a user trusts.
 #pragma clang diagnostic push
 #pragma clang diagnostic ignored "-Wdeprecated-declarations"
     return ::SecTrustEvaluate(trust, &result);

@@ -5,8 +5,8 @@
 
 namespace Orv::Utitlity {
 
-/// Whether the first certificate (DER) leads to one of the system's anchors, with the help of the others. Validity
-/// dates count, no purpose is demanded. Not without a certificate, nor with one that is none.
+/// Whether a chain leads from the first certificate (DER) to one of the system's trust anchors; the other certificates
+/// may be intermediates. Checks validity dates, but no purpose. False for an empty list or an invalid certificate.
 bool isTrustedChain(const QList<QByteArray>& certificates);
 
 } // namespace Orv::Utitlity

@@ -15,7 +15,7 @@ namespace {
 PackageSignature signatureOf(const QString& path)
 {
     const QByteArray name = path.toLatin1();
-    // What is not Latin-1 turns into question marks, which may be the name of another package.
+    // toLatin1() replaces other characters by "?", which could name another package.
     if (QString::fromLatin1(name) != path)
         return {};
     return readPackageSignature(name);

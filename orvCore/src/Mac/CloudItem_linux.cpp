@@ -4,7 +4,7 @@ namespace Orv::Utility {
 
 namespace {
 
-/// There is no cloud drive: no file is in it, and nobody is signed in.
+/// Linux has no cloud drive.
 class LocalFile : public CloudItem {
 public:
     explicit LocalFile(const QString& path) : m_path(path) { }

@@ -8,10 +8,10 @@ namespace Orv::Utility {
 
 namespace {
 
-/// The application's container, as its entitlements name it.
+/// The application's container, as in its entitlements.
 NSString* const Container = @"iCloud.com.orv.backup";
 
-/// Compiled with ARC. Each call has an autorelease pool of its own, so the calling thread needs none.
+/// Compiled with ARC. Each function has its own autorelease pool, so the calling thread needs none.
 class CloudItemMac : public CloudItem {
 public:
     explicit CloudItemMac(const QString& path) : m_url(urlOf(path)) { }
@@ -50,8 +50,8 @@ public:
     QString status() const override
     {
         @autoreleasepool {
-            // A URL caches its resource values; the cache is emptied automatically only on the main thread, between
-            // two turns of its run loop.
+            // NSURL caches resource values and clears them automatically only on the main thread, once per run-loop
+            // iteration.
             [m_url removeCachedResourceValueForKey:NSURLUbiquitousItemDownloadingStatusKey];
             NSString* status = nil;
             const BOOL isRead = [m_url getResourceValue:&status

@@ -6,19 +6,19 @@
 
 namespace Orv::Utility {
 
-/// The user's cloud set-up, for the log. What there is not is null.
+/// The user's cloud configuration, for the log. Missing values are null.
 struct CloudSetup {
     QString userName;
     QString fullUserName;
     QString homeDirectory;
-    QString identityToken; ///< of the user who is signed in to the cloud drive
-    QString rootUrl;       ///< of the application's folder in it
+    QString identityToken; ///< of the user signed in to the cloud drive
+    QString rootUrl;       ///< of the application's container
 };
 
-/// What the system says of one file. Each call asks anew.
+/// The state of a file in the cloud drive. Each call queries the system.
 class CloudItem {
 public:
-    /// The system's texts for the states of a download.
+    /// The system's strings for the download states.
     struct Statuses {
         QString current;
         QString downloaded;
@@ -33,10 +33,10 @@ public:
     virtual QString path() const = 0;
     virtual CloudSetup setup() const = 0;
     virtual bool isUbiquitous() const = 0;
-    /// One of `statuses()` or another text; null if the system does not tell.
+    /// One of `statuses()` or another string; null if unknown.
     virtual QString status() const = 0;
     virtual Statuses statuses() const = 0;
-    /// Whether the system takes the request.
+    /// Whether the system accepts the request.
     virtual bool startDownloading() = 0;
 };
 

@@ -41,7 +41,7 @@ bool FileProviderMac::isUbiquitous() const
 {
     const OrvFullDebug timing(
         CORE_MODULE_NAME, QStringLiteral("bool Orv::Utility::FileProviderMac::isUbiquitous() const"));
-    const CloudSetup setup = m_item->setup(); // asking for the container is what lets the process see into it
+    const CloudSetup setup = m_item->setup(); // also gives the process access to the container
     const bool isUbiquitous = m_item->isUbiquitous();
     logSetup(*m_item, setup, isUbiquitous);
     OrvDebug(CORE_MODULE_NAME).debug() << QLatin1Char('(') + QProcess::systemEnvironment().join(QLatin1String(", ")) +

@@ -16,8 +16,8 @@
 #include <unistd.h>
 #include <zlib.h>
 
-// The format: a header, then a table of contents (XML, compressed by zlib), then the heap with everything else, into
-// which the table gives offsets. Big-endian. Described at https://github.com/mackyle/xar/wiki/xarformat.
+// The format: a header, a table of contents (XML, compressed with zlib), and a heap with all other data, which the
+// table references by offsets. Numbers are big-endian. Reference: https://github.com/mackyle/xar/wiki/xarformat.
 
 namespace Orv::Utitlity {
 
@@ -27,15 +27,15 @@ constexpr quint32 Magic = 0x78617221; // "xar!"
 constexpr quint16 FormatVersion = 1;
 constexpr quint64 HeaderSize = 28;
 
-// What bounds memory and time, whatever an archive claims. The table of a package with thousands of files is far
-// smaller, its elements have one or two attributes, and they lie as deep as the folders in the package.
+// Limits on memory and time for hostile archives. Real tables, even for thousands of files, are far smaller; their
+// elements have one or two attributes and are nested as deep as the directories in the package.
 constexpr quint64 LargestTable = 4 << 20;
 constexpr int GreatestDepth = 1000;
-constexpr int MostAttributes = 100; // of an element: the XML reader compares each with every other one
+constexpr int MostAttributes = 100; // per element: the XML reader compares each pair
 
 constexpr QStringView SignaturePath = u"/xar/toc/signature";
 
-constexpr char NoChecksum[] = "none"; // as the name of a checksum
+constexpr char NoChecksum[] = "none"; // the name of the algorithm if there is no checksum
 
 struct Digest {
     const char* name;
@@ -50,12 +50,12 @@ constexpr std::array<Digest, 6> Digests = {{
     {"sha512", QCryptographicHash::Sha512},
 }};
 
-/// Reads parts of a file that is not larger than it says.
+/// Reads ranges of a regular file, within its size at opening.
 class ArchiveFile {
 public:
     explicit ArchiveFile(const QByteArray& path)
     {
-        // Whatever has the name by now: a pipe would not let go of us.
+        // O_NONBLOCK: the path may name a FIFO by now.
         const int descriptor = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
         struct stat status = {};
         if (descriptor == -1 || ::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode) ||
@@ -67,7 +67,7 @@ public:
         m_size = static_cast<quint64>(status.st_size);
     }
 
-    /// Nothing if the part is not in the file. The size is one that fits into memory.
+    /// `nullopt` if the range is not in the file. The caller limits `size`.
     std::optional<QByteArray> read(quint64 offset, quint64 size)
     {
         if (offset > m_size || size > m_size - offset)
@@ -84,9 +84,9 @@ private:
 
 struct Header {
     quint16 size = 0;
-    quint64 compressedSize = 0; // of the table
+    quint64 compressedSize = 0; // of the table in the archive
     quint64 tableSize = 0;
-    QString checksum; // the name of its algorithm, in lower case
+    QString checksum; // algorithm name, in lower case
 
     quint64 heapOffset() const { return size + compressedSize; }
 };
@@ -100,7 +100,7 @@ std::optional<QString> checksumName(ArchiveFile& file, quint32 algorithm, quint1
         return QStringLiteral("sha1");
     case 2:
         return QStringLiteral("md5");
-    case 3: // of old with the name behind the header, today SHA-256 without one
+    case 3: // SHA-256; in old archives, the name after the header applies instead
         if (headerSize == HeaderSize)
             return QStringLiteral("sha256");
         break;
@@ -134,7 +134,7 @@ std::optional<Header> readHeader(ArchiveFile& file)
     return header;
 }
 
-/// Of a compressed table: only one that has the size which the header says, to the byte.
+/// Decompresses the table of contents. Fails unless its size matches the header exactly.
 std::optional<QByteArray> inflate(const QByteArray& compressed, quint64 tableSize)
 {
     QByteArray table(static_cast<int>(tableSize), Qt::Uninitialized);
@@ -147,7 +147,7 @@ std::optional<QByteArray> inflate(const QByteArray& compressed, quint64 tableSiz
     return table;
 }
 
-/// What the table of contents says of the signature and the checksum.
+/// The signature and the checksum, as in the table of contents.
 struct Contents {
     QString checksum = QLatin1String(NoChecksum); // the name of its algorithm, in lower case
     QString checksumOffset;                       // in the heap
@@ -156,11 +156,11 @@ struct Contents {
     QStringList certificates; // of the first signature, Base64 with line breaks
 };
 
-/// Counts the equals signs in each tag, outside quotation marks. No "<" stands inside a tag.
+/// Counts the equals signs outside quotes in each tag. A well-formed tag contains no "<".
 bool mayHaveTooManyAttributes(const QString& xml)
 {
     bool isInTag = false;
-    QChar quote; // null outside quotation marks
+    QChar quote; // null outside quotes
     int signs = 0;
     for (const QChar character : xml) {
         if (character == QLatin1Char('<')) {
@@ -183,16 +183,15 @@ bool mayHaveTooManyAttributes(const QString& xml)
     return false;
 }
 
-/// The name of the current element, without the prefix inside a signature: there, the elements have a namespace of
-/// their own, whose prefix archivers are free to choose.
+/// The name of the current element. Inside a signature, without its namespace prefix, which archivers choose freely.
 QString nameOf(const QXmlStreamReader& xml, const QString& parentPath)
 {
     const QString name = xml.qualifiedName().toString();
     return parentPath.startsWith(SignaturePath) ? name.mid(name.indexOf(QLatin1Char(':')) + 1) : name;
 }
 
-/// Takes what `Contents` wants of an element that has just begun.
-void take(QXmlStreamReader& xml, const QString& path, Contents& contents)
+/// Stores the values of the current start element in `contents`.
+void storeElement(QXmlStreamReader& xml, const QString& path, Contents& contents)
 {
     if (path == QLatin1String("/xar/toc/checksum"))
         contents.checksum = xml.attributes().value(QLatin1String("style")).toString().toLower();
@@ -208,11 +207,11 @@ void take(QXmlStreamReader& xml, const QString& path, Contents& contents)
 
 std::optional<Contents> parseTable(const QString& table)
 {
-    // Entities can make a large text out of a small one; no archiver declares any.
+    // Entities could expand to large strings; no archiver declares any.
     if (table.contains(QLatin1String("<!DOCTYPE")) || mayHaveTooManyAttributes(table))
         return std::nullopt;
     QXmlStreamReader xml(table);
-    xml.setNamespaceProcessing(false); // each name would be looked up among all the prefixes around it
+    xml.setNamespaceProcessing(false); // would search all prefixes in scope for each name
     Contents contents;
     QString path;
     int depth = 0;
@@ -222,7 +221,7 @@ std::optional<Contents> parseTable(const QString& table)
             if (++depth > GreatestDepth)
                 return std::nullopt;
             path += QLatin1Char('/') + nameOf(xml, path);
-            take(xml, path, contents);
+            storeElement(xml, path, contents);
         }
         if (xml.isEndElement()) {
             --depth;
@@ -232,13 +231,13 @@ std::optional<Contents> parseTable(const QString& table)
     return xml.hasError() ? std::nullopt : std::optional(contents);
 }
 
-/// Whether the checksum that the table names is in the heap and is that of the compressed table.
+/// Whether the checksum in the heap is that of the compressed table.
 bool isChecksumRight(ArchiveFile& file, const Header& header, const Contents& contents, const QByteArray& compressed)
 {
     if (contents.checksum != header.checksum)
         return false;
     if (contents.checksum == QLatin1String(NoChecksum))
-        return contents.signatures == 0; // a signature signs the checksum
+        return contents.signatures == 0; // a signature needs the checksum that it signs
     const auto digest = std::find_if(Digests.begin(), Digests.end(),
         [&](const Digest& candidate) { return contents.checksum == QLatin1String(candidate.name); });
     if (digest == Digests.end())
@@ -263,8 +262,8 @@ std::optional<Contents> readContents(ArchiveFile& file)
     const auto table = inflate(*compressed, header->tableSize);
     if (!table)
         return std::nullopt;
-    const QString text = QString::fromUtf8(table->constData());         // up to the first zero byte, with any Qt
-    const QByteArray byteOrderMark = QByteArrayLiteral("\xEF\xBB\xBF"); // which the conversion drops
+    const QString text = QString::fromUtf8(table->constData());         // up to the first NUL, with any Qt version
+    const QByteArray byteOrderMark = QByteArrayLiteral("\xEF\xBB\xBF"); // dropped by fromUtf8()
     if (text.toUtf8() != *table && byteOrderMark + text.toUtf8() != *table)
         return std::nullopt; // not UTF-8
     const auto contents = parseTable(text);

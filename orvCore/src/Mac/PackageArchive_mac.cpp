@@ -8,7 +8,7 @@ namespace {
 
 xar_t openArchive(const QByteArray& path)
 {
-    // Deprecated without a successor; the installer itself still reads packages with it.
+    // Deprecated without a replacement; the system installer still uses it.
 #pragma clang diagnostic push
 #pragma clang diagnostic ignored "-Wdeprecated-declarations"
     return ::xar_open(path.constData(), READ);
@@ -19,8 +19,8 @@ xar_t openArchive(const QByteArray& path)
 
 PackageSignature readPackageSignature(const QByteArray& path)
 {
-    // Deliberately never closed: packages come from anywhere, few are checked, and to take apart an archive with a
-    // damaged table is not known to be safe.
+    // Deliberately never closed: packages are untrusted, and freeing an archive with a damaged table may not be safe.
+    // Few packages are checked per process, so the leak is small.
     const xar_t archive = openArchive(path);
     if (!archive)
         return {PackageSignature::NotOpened, {}};

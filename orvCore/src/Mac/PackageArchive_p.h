@@ -5,19 +5,19 @@
 
 namespace Orv::Utitlity {
 
-/// What a xar archive tells of its first signature.
+/// The first signature of a xar archive.
 struct PackageSignature {
     enum State {
         Good,
-        NotOpened,             ///< not an archive, or a damaged one
-        NotSigned,             ///< an archive without a signature
-        UnreadableCertificate, ///< a signature, one of whose certificates cannot be taken out
+        NotOpened,             ///< not an archive, or damaged
+        NotSigned,             ///< no signature
+        UnreadableCertificate, ///< a certificate of the signature is unreadable
     };
     State state = NotOpened;
-    QList<QByteArray> certificates; ///< DER, in the order of the signature, the signer's first; empty unless `Good`
+    QList<QByteArray> certificates; ///< DER, in the order of the signature, signer first; empty unless `Good`
 };
 
-/// Opens the archive with this path, in bytes as the system's calls take them.
+/// Reads the archive's first signature. `path` is in the system's encoding.
 PackageSignature readPackageSignature(const QByteArray& path);
 
 } // namespace Orv::Utitlity

@@ -12,13 +12,13 @@ namespace Orv::Utility {
 
 namespace {
 
-/// The three numbers of a version; those that are missing or no numbers are 0.
+/// A version of three numbers. Missing or invalid numbers are 0.
 struct MacOsVersion {
     unsigned short major = 0;
     unsigned short minor = 0;
     unsigned short patch = 0;
 
-    /// Takes all three from a dotted text; parts after the third are ignored. False if major is 0.
+    /// Parses a dotted string; ignores parts after the third. Returns false if the major version is 0.
     bool fromString(const QString& text)
     {
         std::array<unsigned short, 3> numbers{};
@@ -37,13 +37,13 @@ struct MacOsVersion {
         return patch == 0 ? text : text + QLatin1Char('.') + QString::number(patch);
     }
 
-    /// What the system tells a program that knows no version after 10.15.
+    /// The version that newer systems report to programs built for 10.15 or older.
     bool is1016() const { return major == 10 && minor == 16; }
 };
 
-/// Finds the product version in the text of a property list: the first string element after the key. A marker that is
-/// not there is not missed: its index of -1 goes into the next search like any other.
-bool parse(const QString& plist, MacOsVersion& version)
+/// Finds the product version in a property list: the first string element after the key. A missing marker is no error;
+/// its index of -1 feeds the next search, as other programs do it.
+bool parseProductVersion(const QString& plist, MacOsVersion& version)
 {
     const QLatin1String key("ProductVersion");
     const QLatin1String begin("<string>");
@@ -58,14 +58,14 @@ bool parse(const QString& plist, MacOsVersion& version)
 
 } // namespace
 
-QString macOsVersion(const QString& folder)
+QString macOsVersion(const QString& directory)
 {
     MacOsVersion version;
     for (const char* name : {"SystemVersion.plist", ".SystemVersionPlatform.plist"}) {
-        QFile list(folder + QLatin1String(name));
-        // Up to the first zero byte, with any Qt: of a byte array, only Qt 5 would stop there.
-        if (list.open(QIODevice::ReadOnly) && parse(QString::fromUtf8(list.readAll().constData()), version) &&
-            !version.is1016())
+        QFile list(directory + QLatin1String(name));
+        // constData(), to stop at the first NUL with any Qt version; given a QByteArray, only Qt 5 does.
+        if (list.open(QIODevice::ReadOnly) &&
+            parseProductVersion(QString::fromUtf8(list.readAll().constData()), version) && !version.is1016())
             break;
     }
     return version.toString();

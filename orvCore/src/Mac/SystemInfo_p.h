@@ -4,8 +4,8 @@
 
 namespace Orv::Utility {
 
-/// The version that the lists in `folder`, whose name ends with a slash, tell. When none has a version that counts, the
-/// result is what the last list that could be opened left: 10.16, a version without a major number, or 0.0.
-QString macOsVersion(const QString& folder);
+/// Returns the version from the lists in `directory`, a path that ends with a slash. Without a valid version, the
+/// result is the content of the last list that could be opened: 10.16, a version with major number 0, or 0.0.
+QString macOsVersion(const QString& directory);
 
 } // namespace Orv::Utility

@@ -7,19 +7,19 @@ namespace Orv::Utitlity {
 
 namespace {
 
-/// Whether an array can have `size` bytes at `offset`.
-bool isPlace(int offset, int size)
+/// Whether a byte array can have `size` bytes at `offset`.
+bool isValidRange(int offset, int size)
 {
-    const bool is = offset >= 0 && offset <= std::numeric_limits<int>::max() - size;
-    Q_ASSERT_X(is, "Endian", "there is no such place in a byte array");
-    return is;
+    const bool isValid = offset >= 0 && offset <= std::numeric_limits<int>::max() - size;
+    Q_ASSERT_X(isValid, "Endian", "invalid range of a byte array");
+    return isValid;
 }
 
 } // namespace
 
 bool Endian::grow(QByteArray& data, int offset, int size)
 {
-    if (!isPlace(offset, size))
+    if (!isValidRange(offset, size))
         return false;
     const qsizetype oldSize = data.size();
     if (oldSize < offset + size) {
@@ -39,7 +39,7 @@ void Endian::readOutside(const QByteArray& data, int offset, void* target, int s
 
 void Endian::WriteBytesLittleEndian(const QUuid& id, QByteArray& data, int offset)
 {
-    if (!isPlace(offset, 16))
+    if (!isValidRange(offset, 16))
         return;
     WriteBytesLittleEndian(id.data1, data, offset);
     WriteBytesLittleEndian(id.data2, data, offset + 4);
@@ -50,7 +50,7 @@ void Endian::WriteBytesLittleEndian(const QUuid& id, QByteArray& data, int offse
 
 QUuid Endian::ToGuidLittleEndian(const QByteArray& data, int offset)
 {
-    if (!isPlace(offset, 16))
+    if (!isValidRange(offset, 16))
         return {};
     const QByteArray tail = BytesToString(data, offset + 8, 8);
     QUuid id(ToUInt32LittleEndian(data, offset), ToUInt16LittleEndian(data, offset + 4),
@@ -63,7 +63,7 @@ void Endian::StringToBytes(const QByteArray& source, QByteArray& data, int offse
 {
     if (length <= 0)
         return;
-    const QByteArray field = source.left(length); // a copy, should source and data be the same array
+    const QByteArray field = source.left(length); // a copy, in case source and data are the same array
     if (!grow(data, offset, length))
         return;
     char* const place = data.data() + offset;

@@ -13,7 +13,7 @@ namespace Orv::Utility {
 
 namespace {
 
-/// The whole seconds since 1970 of a time from then to 2106, and the last second of these for any other.
+/// The whole seconds since 1970; the largest unsigned 32-bit number for an invalid time or one out of range.
 time_t secondsOf(const QDateTime& time)
 {
     constexpr qint64 last = std::numeric_limits<quint32>::max();

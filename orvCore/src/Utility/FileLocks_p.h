@@ -4,6 +4,6 @@
 
 #include <cstdio>
 
-/// Whether a table in the form of "/proc/locks" lists a held write lock on the inode number. What does not fit into the
-/// buffer is taken for further lines.
+/// Whether a table in the format of "/proc/locks" lists a held write lock on the inode. Lines longer than the buffer
+/// are processed as several lines.
 bool listsWriteLock(std::FILE* table, quint64 inode);

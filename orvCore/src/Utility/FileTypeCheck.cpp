@@ -15,7 +15,7 @@ namespace Orv::Utility {
 
 namespace {
 
-/// The reason why a file of this type cannot be backed up; null if it can.
+/// Returns why a file of this type cannot be backed up; null if it can.
 QString unsuitableType(mode_t mode)
 {
     switch (mode & S_IFMT) {
@@ -41,7 +41,7 @@ FileTypeVerdict fileTypeVerdict(mode_t mode, bool dataless, const QString& path,
 {
     if (dataless) {
         OrvDebug(CORE_MODULE_NAME).warning() << "File:" << path << "is data less";
-        reason = QObject::tr("File is is data less"); // as other programs know it
+        reason = QObject::tr("File is is data less"); // other programs match this text
         return Dataless;
     }
     const QString unsuitable = unsuitableType(mode);

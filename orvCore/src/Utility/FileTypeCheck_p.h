@@ -6,10 +6,10 @@
 
 namespace Orv::Utility {
 
-/// Whether the file's data is with a cloud service and not on this disk.
+/// Whether the file's data is in a cloud service and not on disk.
 bool isDataless(const struct stat& status);
 
-/// The verdict on a file that could be examined; sets `reason` unless it is `Suitable`.
+/// Returns the verdict on a file after a successful `stat`. Sets `reason` unless it is `Suitable`.
 FileTypeVerdict fileTypeVerdict(mode_t mode, bool dataless, const QString& path, QString& reason);
 
 } // namespace Orv::Utility

@@ -4,8 +4,7 @@
 
 namespace Orv::Utility {
 
-/// An encoded path for a system call. A path with a zero in it would end there and name something else: an empty one
-/// stands for it, which names nothing.
+/// Returns an encoded path for system calls; empty if it contains NUL, which would truncate it to another path.
 inline QByteArray nativePath(const QByteArray& encoded)
 {
     return encoded.contains('\0') ? QByteArray("") : encoded;

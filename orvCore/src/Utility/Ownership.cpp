@@ -25,7 +25,7 @@ namespace {
 
 void logRequest(const QString& path, const QFileInfo& info)
 {
-    // "Ownere": other programs match the text as it is.
+    // "Ownere": other programs match this text.
     OrvDebug(CORE_MODULE_NAME).debug() << "Ownere for path:" << path << "owner:" << info.owner()
                                        << "group:" << info.group();
 }
@@ -43,18 +43,18 @@ bool failed(const QString& path, int error)
     return false;
 }
 
-/// `change` is the system call, which returns 0 on success.
+/// `change` makes the system call and returns its result: 0 on success.
 template <class Change> bool changeOwner(const QString& path, uint owner, uint group, Change change)
 {
     OrvDebug(CORE_MODULE_NAME).debug() << "Change owner for path:" << path << "owner:" << owner << "group:" << group;
     return change() == 0 || failed(path, errno);
 }
 
-/// A folder that is held open while the object lives.
-class OpenFolder {
+/// A directory, open during the lifetime of the object.
+class OpenDirectory {
 public:
-    /// `name` in `parent`, or an absolute path. A link is not opened.
-    OpenFolder(int parent, const QString& name, const QString& path)
+    /// Opens `name` relative to the descriptor `parent`, or an absolute path. Fails if it is a link.
+    OpenDirectory(int parent, const QString& name, const QString& path)
         : m_descriptor(
               ::openat(parent, nativePath(name.toUtf8()).constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC)),
           m_path(path)
@@ -64,17 +64,17 @@ public:
         else if (!S_ISDIR(m_status.st_mode))
             m_error = ENOTDIR;
     }
-    OpenFolder(OpenFolder&& other) noexcept
+    OpenDirectory(OpenDirectory&& other) noexcept
         : m_descriptor(std::exchange(other.m_descriptor, -1)), m_path(std::move(other.m_path)),
           m_status(other.m_status), m_error(other.m_error)
     {
     }
-    ~OpenFolder()
+    ~OpenDirectory()
     {
         if (m_descriptor != -1)
             ::close(m_descriptor);
     }
-    OpenFolder& operator=(OpenFolder&&) = delete;
+    OpenDirectory& operator=(OpenDirectory&&) = delete;
 
     int descriptor() const { return m_descriptor; }
     const QString& path() const { return m_path; }
@@ -97,40 +97,41 @@ bool changeWithoutLinks(const QString& path)
         return failed(path, EINVAL);
     const QString lastName = names.takeLast();
 
-    std::vector<OpenFolder> folders; // from the root on
-    folders.emplace_back(AT_FDCWD, QStringLiteral("/"), QStringLiteral("/"));
+    std::vector<OpenDirectory> directories; // root first
+    directories.emplace_back(AT_FDCWD, QStringLiteral("/"), QStringLiteral("/"));
     for (const QString& name : names) {
-        if (folders.back().error() != 0)
+        if (directories.back().error() != 0)
             break;
-        const QString parentPath = folders.back().path();
-        const QString folderPath = QDir(parentPath).filePath(name);
-        folders.emplace_back(folders.back().descriptor(), name, folderPath);
+        const QString parentPath = directories.back().path();
+        const QString directoryPath = QDir(parentPath).filePath(name);
+        directories.emplace_back(directories.back().descriptor(), name, directoryPath);
     }
-    if (folders.back().error() != 0)
-        return failed(folders.back().path(), folders.back().error());
+    if (directories.back().error() != 0)
+        return failed(directories.back().path(), directories.back().error());
 
     const QByteArray nativeName = nativePath(lastName.toUtf8());
     struct stat status = {};
-    if (::fstatat(folders.back().descriptor(), nativeName.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0)
+    if (::fstatat(directories.back().descriptor(), nativeName.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0)
         return failed(path, errno);
     if (S_ISLNK(status.st_mode))
         return failed(path, ELOOP);
     if (!S_ISDIR(status.st_mode) && status.st_nlink > 1)
-        return failed(path, EMLINK); // whose file it is by its other names is not known
+        return failed(path, EMLINK); // its other names may belong to another user
 
-    const auto other = std::find_if(folders.rbegin(), folders.rend(),
-        [&status](const OpenFolder& folder) { return folder.status().st_uid != status.st_uid; });
-    if (other == folders.rend())
+    const auto other = std::find_if(directories.rbegin(), directories.rend(),
+        [&status](const OpenDirectory& directory) { return directory.status().st_uid != status.st_uid; });
+    if (other == directories.rend())
         return true;
     const uint owner = other->status().st_uid;
     const uint group = other->status().st_gid;
     logNewOwner(path, owner, group);
-    for (auto folder = other.base(); folder != folders.end(); ++folder) {
-        if (!changeOwner(folder->path(), owner, group, [&] { return ::fchown(folder->descriptor(), owner, group); }))
+    for (auto directory = other.base(); directory != directories.end(); ++directory) {
+        if (!changeOwner(
+                directory->path(), owner, group, [&] { return ::fchown(directory->descriptor(), owner, group); }))
             return false;
     }
     return changeOwner(path, owner, group, [&] {
-        return ::fchownat(folders.back().descriptor(), nativeName.constData(), owner, group, AT_SYMLINK_NOFOLLOW);
+        return ::fchownat(directories.back().descriptor(), nativeName.constData(), owner, group, AT_SYMLINK_NOFOLLOW);
     });
 }
 
@@ -141,18 +142,18 @@ bool changeOwnershipForPath(const QString& path)
     const QFileInfo info(path);
     logRequest(path, info);
 
-    QStringList paths = {path}; // the lowest first
-    QDir folder(info.path());
-    QFileInfo folderInfo(folder.path());
-    while (folderInfo.ownerId() == info.ownerId()) {
-        paths += folder.path();
-        if (!folder.cdUp())
+    QStringList paths = {path}; // deepest first
+    QDir ancestor(info.path());
+    QFileInfo ancestorInfo(ancestor.path());
+    while (ancestorInfo.ownerId() == info.ownerId()) {
+        paths += ancestor.path();
+        if (!ancestor.cdUp())
             return true;
-        folderInfo.setFile(folder.path());
+        ancestorInfo.setFile(ancestor.path());
     }
 
-    const uint owner = folderInfo.ownerId();
-    const uint group = folderInfo.groupId();
+    const uint owner = ancestorInfo.ownerId();
+    const uint group = ancestorInfo.groupId();
     logNewOwner(path, owner, group);
     return std::all_of(paths.crbegin(), paths.crend(), [owner, group](const QString& lower) {
         return changeOwner(

@@ -11,7 +11,7 @@ bool Orv::Utility::preallocateFile(int fd, quint64 size)
 {
     const int error = reserveSpace(fd, size);
     if (error == ENOTSUP) {
-        // "prealocate": other programs match the text as it is.
+        // "prealocate": other programs match this text.
         OrvDebug(CORE_MODULE_NAME).warning() << "Operation file prealocate not supported for this filesystem";
         return true;
     }

@@ -12,11 +12,12 @@
 
 namespace {
 
-constexpr off_t BlockSize = 512; // bytes; the unit of stat::st_blocks, whatever the file system's own
+constexpr off_t BlockSize = 512; // bytes; the unit of stat::st_blocks on every file system
 
-/// The end of the room that a file has, which may lie behind its logical end.
+/// Returns the end of the file's allocated space, which may be after its logical end.
 ///
-/// Block counts are a last resort: they include blocks with attributes, such as an ACL, and so may lie too far behind.
+/// Block counts are the fallback: they include blocks with extended attributes, such as an ACL, so the result may be
+/// too large.
 off_t physicalEnd(int fd, const struct stat& status)
 {
     constexpr quint32 ExtentCount = 16;
@@ -40,9 +41,9 @@ off_t physicalEnd(int fd, const struct stat& status)
     return end;
 }
 
-/// Some file systems keep what they had got when the space ran out. There is no other way to give back what lies behind
-/// a file's end than to set that end anew.
-void giveBack(int fd)
+/// Some file systems keep a partial allocation when space runs out. Truncating the file to its current size is the only
+/// way to release the space after its end.
+void releaseBehindEnd(int fd)
 {
     struct stat status = {};
     if (::fstat(fd, &status) == 0)
@@ -57,13 +58,13 @@ int Orv::Utility::reserveSpace(int fd, quint64 size)
     if (::fstat(fd, &status) != 0)
         return errno;
     if (size == 0)
-        return 0; // which the call would refuse
+        return 0; // fallocate() rejects a size of 0
     const off_t end = physicalEnd(fd, status);
     int error = 0;
     do
         error = ::fallocate(fd, FALLOC_FL_KEEP_SIZE, end, static_cast<off_t>(size)) == 0 ? 0 : errno;
     while (error == EINTR);
     if (error == ENOSPC || error == EDQUOT)
-        giveBack(fd);
-    return error == ENOSYS ? ENOTSUP : error; // some sandboxes do not know the call
+        releaseBehindEnd(fd);
+    return error == ENOSYS ? ENOTSUP : error; // some sandboxes do not implement fallocate()
 }

@@ -14,7 +14,7 @@ namespace Orv::Utitlity {
 
 namespace {
 
-/// Fills `buffer`. False if the device fails or ends: there is no randomness in what it did not deliver.
+/// Fills `buffer` completely. False if the device fails or ends early.
 bool readFully(int descriptor, char* buffer, std::size_t size)
 {
     while (size != 0) {
@@ -29,9 +29,9 @@ bool readFully(int descriptor, char* buffer, std::size_t size)
     return true;
 }
 
-/// Reads `size` random bytes in chunks of at most 512 and passes each one to `take(data, size)`, until that returns
+/// Reads `size` random bytes in chunks of at most 512 and passes each to `consume(data, size)`, until that returns
 /// false.
-template <class Take> bool readRandom(quint64 size, Take take)
+template <class Consume> bool readRandom(quint64 size, Consume consume)
 {
     const int descriptor = ::open("/dev/urandom", O_RDONLY | O_CLOEXEC);
     if (descriptor == -1)
@@ -42,7 +42,7 @@ template <class Take> bool readRandom(quint64 size, Take take)
     bool ok = true;
     while (ok && size != 0) {
         const auto chunk = static_cast<int>(std::min<quint64>(buffer.size(), size));
-        ok = readFully(descriptor, buffer.data(), static_cast<std::size_t>(chunk)) && take(buffer.data(), chunk);
+        ok = readFully(descriptor, buffer.data(), static_cast<std::size_t>(chunk)) && consume(buffer.data(), chunk);
         size -= static_cast<quint64>(chunk);
     }
     return ok;

@@ -12,7 +12,7 @@ constexpr int LetterCount = sizeof Letters - 1;
 /// A random index into `Letters`.
 int randomIndex()
 {
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0) // clients that seed qrand() rely on its sequence, and Qt 6 has none
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0) // clients that seed qrand() rely on its sequence; Qt 6 does not have it
     QT_WARNING_PUSH
     QT_WARNING_DISABLE_DEPRECATED
     return qrand() % LetterCount;

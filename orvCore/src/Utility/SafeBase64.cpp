@@ -12,10 +12,10 @@ char toSafe(char character)
     return character == '+' ? '-' : character == '=' ? '_' : character == '/' ? '~' : character;
 }
 
-constexpr int DecodedBlock = 64 * 1024; // characters; a multiple of the four that make three bytes
+constexpr int DecodedBlock = 64 * 1024; // characters; a multiple of 4, because 4 characters encode 3 bytes
 
-/// The Base64 characters of safe ones; 0 for those that the decoder skips: the "_" of the padding, "+" (which becomes
-/// the padding "="), and all that safe text does not have.
+/// Maps safe characters to Base64 characters. 0 for those that the decoder skips: the padding "_", "+" (which stands
+/// for the padding "="), and all characters outside the alphabet.
 constexpr std::array<char, 256> base64Characters()
 {
     std::array<char, 256> characters{};
@@ -37,7 +37,7 @@ QByteArray SafeBase64::to() const
 
 QByteArray SafeBase64::from() const
 {
-    // In blocks: Qt's decoder takes a second array of the whole size, and overflows above two thirds of the largest.
+    // In blocks: Qt's decoder needs a second array of the full size and overflows above two thirds of the maximum size.
     static constexpr std::array<char, 256> Characters = base64Characters();
     QByteArray bytes;
     bytes.reserve((qsizetype(m_data.size()) + 3) / 4 * 3);

@@ -11,7 +11,7 @@
 namespace Orv::Utility {
 
 namespace {
-/// What `QIODevice::read` takes at most when it makes a byte array.
+/// The maximum size of `QIODevice::read(qint64)`, which returns a byte array.
 constexpr qint64 LargestRead = std::numeric_limits<int>::max() - qint64(sizeof(QByteArrayData)) - 1;
 } // namespace
 
@@ -27,7 +27,7 @@ qint64 StreamCopy::exec(QIODevice& destination, QIODevice& source, qint64 maxByt
     qint64 copied = 0;
     while (!source.atEnd() && copied < maxBytes) {
         if (chunk.size() < largest)
-            chunk = QByteArray(int(largest), Qt::Uninitialized); // once, and not for an empty source
+            chunk = QByteArray(int(largest), Qt::Uninitialized); // allocated once; not for an empty source
         const qint64 size = source.read(chunk.data(), std::min(largest, maxBytes - copied));
         if (size < 0)
             break;

@@ -39,7 +39,7 @@ QDateTime SymlinkInfo::lastModified() const
     if (callStat(::lstat, m_path, status))
         return modificationTime(status);
     const char* const message = std::strerror(errno);
-    // Other programs match the text as it is.
+    // " ;stat:": other programs match this text.
     OrvDebug(CORE_MODULE_NAME).error() << "SymlinkInfo: on init file ;stat:" << m_path << "message:" << message;
     return {};
 }

@@ -13,7 +13,7 @@ void TemporaryFile::close()
     QTemporaryFile::close();
     if (m_removed || !autoRemove())
         return;
-    m_removed = true; // first: removing closes again
+    m_removed = true; // before remove(), which calls close() again
     remove();
 }
 

@@ -9,8 +9,8 @@ QString durationText(const QDateTime& startOfDay, int seconds)
     const QDateTime end = startOfDay.addSecs(seconds);
     const qint64 days = startOfDay.daysTo(end);
     const qint64 rest = startOfDay.date().addDays(days).startOfDay().secsTo(end);
-    // An hour that a day has too many goes round, as on a clock.
-    // Not by QTime::toString(), which may give nothing while other threads are setting up Qt's calendars.
+    // On a 25-hour day the clock wraps at midnight.
+    // QTime::toString() may return an empty string while other threads initialise Qt's calendars.
     const QTime time = QTime(0, 0).addSecs(static_cast<int>(rest));
     const QString text = QStringLiteral("%1:%2:%3")
                              .arg(time.hour(), 2, 10, QLatin1Char('0'))
@@ -21,7 +21,7 @@ QString durationText(const QDateTime& startOfDay, int seconds)
 
 QString TimeDuration::toString(int seconds)
 {
-    // Not simply midnight: there are days without one, where daylight saving begins at that hour.
+    // startOfDay(), because some days have no midnight: daylight saving may start at that hour.
     return durationText(QDate::currentDate().startOfDay(), seconds);
 }
 

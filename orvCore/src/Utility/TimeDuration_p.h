@@ -5,7 +5,7 @@
 
 namespace Orv::Utility {
 
-/// The text of a duration that begins at the beginning of a given local day.
+/// Formats a duration that starts at `startOfDay`, the start of a local day.
 QString durationText(const QDateTime& startOfDay, int seconds);
 
 } // namespace Orv::Utility

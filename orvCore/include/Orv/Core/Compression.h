@@ -6,22 +6,22 @@
 
 namespace Orv::Core {
 
-/// The compression algorithms of the product, and their names in settings and messages.
+/// The compression algorithms of the product and their names in settings and messages.
 class ORV_EXPORT Compression {
 public:
-    /// The numbers are exchanged with other programs.
+    /// The values are exchanged with other programs and must not change.
     enum Algorithm : qint32 {
-        Unknown = 0, ///< none of these
+        Unknown = 0, ///< no known algorithm
         GZip = 1,    ///< the gzip file format (RFC 1952)
         Deflate = 2, ///< DEFLATE (RFC 1951)
-        LZ4 = 3,     ///< LZ4 at its ordinary speed
-        LZ4High = 4, ///< LZ4 in its slower, denser mode
+        LZ4 = 3,     ///< LZ4, default level
+        LZ4High = 4, ///< LZ4 HC: slower, compresses better
     };
 
-    /// The enumerator's name as text; "Unknown" for any value outside the enumeration.
+    /// Returns the name of the enumerator; "Unknown" for values outside the enumeration.
     static QString toAlgorithmString(Algorithm algorithm);
 
-    /// The algorithm of that name, in any case of letters; `Unknown` for any other text. Blanks count.
+    /// Returns the algorithm called `name`, ignoring case but not white space; `Unknown` for any other string.
     static Algorithm fromAlgorithmString(const QString& name);
 };
 

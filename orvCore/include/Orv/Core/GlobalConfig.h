@@ -9,25 +9,25 @@
 
 namespace Orv::Core {
 
-/// Settings that a process shares for its talk with the management web service and with cloud storage.
+/// Process-wide settings for the connection to the management web service and to cloud storage.
 ///
-/// The library only keeps them: their units and their meaning belong to the client modules that read them. Texts are
-/// stored as given, without trimming or checks. Getting the shared instance is thread-safe; reading and writing the
-/// settings is not, write them during start-up.
+/// The library only stores them: the client modules that read them define their units and their meaning. Strings are
+/// stored as given, without trimming or validation. Obtaining the shared instance is thread-safe; reading and writing
+/// settings is not: write them during start-up.
 ///
 /// The order of the virtual operations is part of the binary interface: add new ones at the end.
 class ORV_EXPORT GlobalConfig {
 public:
-    /// The default name of the cloud plug-in library, "libpaxCloud". Not the default of `cloudPluginName()`, which is
-    /// empty: pass it to `setLoadCloudPlugin`.
+    /// The usual name of the cloud plug-in library, "libpaxCloud", to pass to `setLoadCloudPlugin`. The default of
+    /// `cloudPluginName()` is empty.
     static const QString PaxCloudPluginName;
 
-    /// The instance that the process shares, made with the defaults on the first call.
+    /// Returns the process-wide instance, created with the defaults on the first call.
     static QSharedPointer<GlobalConfig> instancePtr();
-    /// The same, by reference.
+    /// Returns the process-wide instance by reference.
     static GlobalConfig& instance();
 
-    /// A new instance with the defaults, independent of the shared one, to stand in for it.
+    /// Returns a new instance with the defaults, independent of the process-wide one, for tests.
     static QSharedPointer<GlobalConfig> mockInstancePtr();
 
     /// Whether the management service is used. Default: false.
@@ -62,20 +62,20 @@ public:
     virtual void setPaxEndpoint(const QString& endpoint) = 0;
     virtual void setPluginPath(const QString& path) = 0;
     ///@}
-    /// Stores both, the name also when `load` is false.
+    /// Stores both values, the name even if `load` is false.
     virtual void setLoadCloudPlugin(bool load, const QString& name) = 0;
-    /// Stores any value, also 0.
+    /// Stored as given, including 0.
     virtual void setSpecialRetryCount(unsigned int count) = 0;
 
     ///@{
-    /// Settings of TLS, stored as given. Texts are empty by default.
+    /// TLS settings, stored as given. Strings are empty by default.
     virtual void setSslCertificatePath(const QString& path) = 0;
     virtual const QString& sslCertificatePath() const = 0;
     virtual void setSslCertificateInfo(const QString& info) = 0;
     virtual const QString& sslCertificateInfo() const = 0;
     virtual void setSslTrustedCertificate(const QString& certificate) = 0;
     ///@}
-    /// What `setSslTrustedCertificate` stored. The spelling is kept: clients call it so.
+    /// Returns the value of `setSslTrustedCertificate`. The misspelt name is kept for existing clients.
     virtual const QString& sslTrustedSertificate() const = 0;
     /// Stored as given.
     virtual void setSslEnableVerifyPeer(bool enable) = 0;
@@ -85,10 +85,10 @@ public:
     virtual void setHasSslUpdateCache(bool has) = 0;
     /// Default: false.
     virtual bool hasSslUpdateCache() const = 0;
-    /// The cache itself, to be read and changed in place. Default: empty.
+    /// Returns the cache itself; callers read and change it in place. Default: empty.
     virtual QSet<QByteArray>& sslCertificatesCache() = 0;
 
-    /// Declared last, so that the slots of the operations above stay where they are.
+    /// Declared last to keep the vtable slots of the functions above.
     virtual ~GlobalConfig();
 };
 

@@ -14,11 +14,11 @@ namespace Orv::Core {
 /// The root of a subtree: a raw digest (not hex) and its height, 0 for a leaf.
 class ORV_EXPORT LiveHashTreeNode {
 public:
-    /// A leaf: the raw digest of a part of the stream.
+    /// Creates a leaf from the raw digest of a chunk of the stream.
     explicit LiveHashTreeNode(const QByteArray& hash);
     virtual ~LiveHashTreeNode();
 
-    /// The hash of a parent from the hashes of its children.
+    /// Returns the hash of a parent, given the hashes of its children.
     virtual QByteArray concatenateHashes(const QByteArray& left, const QByteArray& right) const = 0;
 
     /// The height: 0 for a leaf.
@@ -26,9 +26,9 @@ public:
     /// The raw digest.
     const QByteArray& hash() const { return m_hash; }
 
-    /// Becomes the parent of what it was, on the left, and of `right`: one level higher.
+    /// Replaces this node by the parent of itself (left child) and `right`, one level higher.
     void merge(const LiveHashTreeNode& right);
-    /// Takes the level as it is given; the hash stays.
+    /// Sets the level and keeps the hash.
     void promoteToLevel(int level);
     /// "Level: 0, hash: 01ab", the hash in lower-case hex.
     QString toString() const;
@@ -38,7 +38,7 @@ private:
     QByteArray m_hash;
 };
 
-/// A node whose parents are the MD5 (RFC 1321) of the left hash followed by the right one: 16 bytes.
+/// A node whose parent's hash is the MD5 (RFC 1321) of the left hash followed by the right hash: 16 bytes.
 class ORV_EXPORT MD5LiveHashTreeNode : public LiveHashTreeNode {
 public:
     using LiveHashTreeNode::LiveHashTreeNode;
@@ -46,43 +46,43 @@ public:
     QByteArray concatenateHashes(const QByteArray& left, const QByteArray& right) const override;
 };
 
-/// Folds a sequence of leaf hashes into one tree hash while they arrive, so that a stream of any length is
-/// fingerprinted in one pass: no more than one subtree a level is pending, about log2 of the number of leaves.
+/// Combines a sequence of leaf hashes into one tree hash incrementally, so a stream of any length is fingerprinted in
+/// one pass. At most one subtree per level is pending: about log2 of the number of leaves.
 ///
-/// Leaves are hashed by the caller, one a part of the stream, and may have any length. Neighbours of the same level are
-/// merged as soon as there are two. At the end, what is left over on the right is lifted to its neighbour's level as it
-/// is, neither padded nor hashed again; so the hash of a single leaf is the leaf itself, that of three is
+/// The caller hashes the chunks of the stream; leaves may have any length. Two adjacent subtrees of the same level are
+/// merged at once. At the end, a remaining subtree on the right is promoted to the level of its left neighbour
+/// unchanged, without padding or rehashing. So the hash of a single leaf is the leaf itself, that of three leaves is
 /// H(H(A, B), C), and that of five is H(H(H(A, B), H(C, D)), E).
 ///
-/// One thread at a time. Misuse throws `Orv::Exception::Base`.
+/// Not thread-safe. Misuse throws `Orv::Exception::Base`.
 class ORV_EXPORT LiveHashTree {
 public:
     LiveHashTree();
     virtual ~LiveHashTree();
-    // A copy would share its nodes, which merging changes.
+    // A copy would share its nodes, and merging changes them.
     LiveHashTree(const LiveHashTree&) = delete;
     LiveHashTree& operator=(const LiveHashTree&) = delete;
 
-    /// A leaf of the tree's kind.
+    /// Returns a new leaf of the tree's node type.
     virtual QSharedPointer<LiveHashTreeNode> createNode(const QByteArray& hash) const = 0;
 
-    /// Adds the next leaf. After `finish()` the tree has to be `reset()` first, which is not checked.
+    /// Adds the next leaf. After `finish()`, call `reset()` first; this is not checked.
     void addNextHash(const QByteArray& hash);
-    /// Merges the youngest subtrees for as long as the last two have the same level. `addNextHash` does that already.
+    /// Merges the last two subtrees while they have the same level. `addNextHash` already does this.
     void contract();
-    /// Folds what is pending into the root. Without any leaf, logs an error and throws; the tree then goes on
-    /// collecting.
+    /// Combines the pending subtrees into the root. Without any leaf, logs an error and throws; the tree still accepts
+    /// leaves.
     void finish();
-    /// Whether `finish()` has been called with success since the last `reset()`.
+    /// Whether `finish()` has succeeded since the last `reset()`.
     bool finished() const { return m_finished; }
-    /// The root's hash. Throws before `finish()`.
+    /// Returns the root's hash. Throws before `finish()`.
     QByteArray getFinalHash() const;
-    /// The pending subtrees, the oldest and highest first, as level and hash. Throws after `finish()`.
+    /// Returns the pending subtrees as (level, hash) pairs, the oldest and highest first. Throws after `finish()`.
     QList<QPair<int, QByteArray>> getCurrentState() const;
-    /// Continues from a state that `getCurrentState()` returned, for instance after an interrupted upload, in place of
-    /// all leaves so far. Throws, with nothing changed, unless the levels are 0 or more and fall from entry to entry.
+    /// Replaces all leaves by a state that `getCurrentState()` returned, for example to resume an interrupted upload.
+    /// Throws, and changes nothing, unless the levels are non-negative and strictly decreasing.
     void setCurrentState(const QList<QPair<int, QByteArray>>& state);
-    /// Begins again, without any leaf.
+    /// Removes all leaves.
     void reset();
 
 private:
@@ -90,7 +90,7 @@ private:
     bool m_finished = false;
 };
 
-/// The tree of MD5 nodes.
+/// A hash tree with MD5 nodes.
 class ORV_EXPORT MD5LiveHashTree : public LiveHashTree {
 public:
     ~MD5LiveHashTree() override;

@@ -2,7 +2,7 @@
 
 namespace Orv {
 
-/// The component name under which the library's own records stand in the log.
+/// The component name in the library's own log entries.
 inline constexpr char CORE_MODULE_NAME[] = "ORV";
 
 } // namespace Orv

@@ -6,24 +6,24 @@
 
 namespace Orv::Core {
 
-/// The operating systems of the product's clients, and their names in settings and messages.
+/// The operating systems of the product's clients and their names in settings and messages.
 class ORV_EXPORT Platform {
 public:
-    /// The numbers are exchanged with other programs.
+    /// The values are exchanged with other programs and must not change.
     enum Type : qint32 {
-        Windows = 0, ///< any Windows
-        Linux = 1,   ///< any Linux
+        Windows = 0, ///< Windows
+        Linux = 1,   ///< Linux
         MacOS = 2,   ///< macOS
-        Unknown = 3, ///< none of these
+        Unknown = 3, ///< no known platform
     };
 
-    /// Always `MacOS`, the product's home, also in a build for another system.
+    /// Returns `MacOS`, the product's platform, in builds for other systems too.
     static Type current();
 
-    /// "Windows", "linux" or "macOS". Every other value, `Unknown` included, gives "Windows".
+    /// Returns "Windows", "linux" or "macOS"; "Windows" for every other value, including `Unknown`.
     static QString toString(Type type);
 
-    /// The platform of that name, in any case of letters; `Unknown` for any other text. Blanks count.
+    /// Returns the platform called `name`, ignoring case but not white space; `Unknown` for any other string.
     static Type fromString(const QString& name);
 };
 

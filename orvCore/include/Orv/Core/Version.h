@@ -7,14 +7,14 @@
 
 namespace Orv::Core {
 
-/// The product version that the client reports. The library's own version (its file name, its CMake package) is
-/// another matter.
+/// The product version that the client reports. It is independent of the library's own version (file name, CMake
+/// package).
 class ORV_EXPORT Version {
 public:
-    /// The whole version text, prefix included: "DOV_BUILD_VERSION=4.3.0.54".
+    /// The version string with its prefix: "DOV_BUILD_VERSION=4.3.0.54".
     static const QString& string();
 
-    /// `string()` read as a version number. Since that text begins with letters, this is the null version number.
+    /// `string()` parsed as a version number. Always null, because the string begins with letters.
     static const QVersionNumber& number();
 };
 

@@ -6,86 +6,91 @@
 
 namespace Orv {
 
-/// The logging configuration of the process: set the options, then call `init()`, once, early, on the start-up thread.
+/// The logging configuration of the process. Set the options, then call `init()` once, early, on the start-up thread.
 ///
-/// Until then messages go to Qt's default handler, and loading the library alone changes nothing: it opens no file and
-/// installs nothing. Afterwards every Qt message of the process is written, one entry each, as "date time [LEVEL]:
-/// text" with microseconds,
-/// - to the file "log_" + prefix + ".log" in the log directory, if `setOutToFile(true)`; the entry that takes it to
-///   2097152 bytes is its last: it is rotated, that is renamed with the time (see `logsRollout`), and a new one begun;
-/// - to standard output, if `setOutToStream(true)`; with colors if that is a terminal when `init()` is called;
-/// - to the shadow log, if there is one, which is never rotated and stays on when the log is disabled.
+/// Before `init()`, messages go to Qt's default handler. Loading the library has no effect: it opens no file and
+/// installs no handler. After `init()`, every Qt message of the process is written as one entry, "date time [LEVEL]:
+/// message" with microseconds:
+/// - to the file "log_" + prefix + ".log" in the log directory, if `setOutToFile(true)`. After the entry that brings it
+/// to
+///   2097152 bytes or more, the file is rotated: renamed with a timestamp (see `logsRollout`) and replaced by a new
+///   one;
+/// - to standard output, if `setOutToStream(true)`, in color if it was a terminal when `init()` was called;
+/// - to the shadow log, if configured, which is never rotated and stays on when the log is disabled.
 ///
-/// Logging never ends or blocks the process (but for fatal messages), whatever happens to the file:
-/// - No entry is lost at a rotation, however many threads log. While the new name is taken (a second rotation within a
-///   second) or the directory refuses the renaming, the file keeps growing, and each entry tries again.
-/// - A log directory that does not exist is created. If it cannot be, or a file cannot be written, entries for it are
-///   dropped until it can be opened: every entry tries again, so the log resumes once the cause is gone.
-/// - On a full disk entries are dropped, the last one perhaps cut short. The next entry that is written begins a line.
-/// - An entry for which there is no memory, or whose output throws, is dropped. Other threads are not held up.
-/// - Entries for a file that is deleted while it is open go with it, until it is full or `reconfigure()` is called.
-/// - A pipe in the place of a file that nobody reads loses entries. Standard output is waited for, though.
+/// Logging never ends or blocks the process, except for fatal messages:
+/// - No entry is lost during rotation, even if many threads log. If the new name is taken (two rotations within a
+///   second) or the rename fails, the file keeps growing, and each entry retries.
+/// - A missing log directory is created. If that fails, or a file cannot be written, entries are dropped; every entry
+///   retries, so logging resumes once the cause is gone.
+/// - On a full disk, entries are dropped, and the last one may be truncated. The next entry starts on a new line.
+/// - An entry is dropped if memory runs out or its output throws. Other threads are not affected.
+/// - If a file is deleted while it is open, further entries are lost with it until it is full or `reconfigure()` is
+///   called.
+/// - If the log file is a FIFO without a reader, entries are dropped. Writing to standard output may block.
 ///
-/// Nothing reports such trouble: look at the file. Log files are opened for append and not inherited by programs that
-/// are executed. A child process of `fork()` logs to the same files; `fork()` waits for the entry that is being
-/// written. Locks outside the log are not waited for: a child may hang in the C library's local time or in Qt's
-/// environment if another thread was using these at the moment of the `fork()`.
+/// These errors are not reported. Log files are opened in append mode with close-on-exec. A forked child process logs
+/// to the same files; `fork()` waits for the entry being written. Locks outside the log are not protected: a child may
+/// deadlock in the C library's local-time functions or in Qt's environment functions if another thread was in them
+/// during the `fork()`.
 ///
-/// Messages may come as late as from static destructors, as long as Qt lives.
+/// Static destructors may log as long as Qt is still available.
 ///
-/// The setters are not thread-safe and only store; `init()` and `reconfigure()` apply. Logging from any thread is safe.
+/// The setters are not thread-safe and only store values; `init()` and `reconfigure()` apply them. Logging is
+/// thread-safe.
 class ORV_EXPORT LogManager {
 public:
-    /// How much is written.
+    /// Selects the messages that are written.
     enum LogLevel : qint32 {
-        Disabled = 0, ///< the log is off; a shadow log stays on
-        Info = 1,     ///< all but debug lines and information in high detail
-        InfoHigh = 2, ///< all but debug lines
+        Disabled = 0, ///< nothing, except to the shadow log
+        Info = 1,     ///< all but debug and detailed information
+        InfoHigh = 2, ///< all but debug
         Debug = 3,    ///< all
     };
 
-    /// The one of the process. It is never destroyed.
+    /// Returns the process-wide instance. It is never destroyed.
     static LogManager& instance();
     LogManager(const LogManager&) = delete;
     LogManager& operator=(const LogManager&) = delete;
 
-    /// The middle of the log file's name. Default: "DOV_LOG".
+    /// Sets the prefix in the log file's name. Default: "DOV_LOG".
     void setAppPrefix(const QString& prefix);
-    /// Whether the log is written to its file. Default: false.
+    /// Enables the log file. Default: false.
     void setOutToFile(bool enable);
-    /// Whether the log is written to standard output. Default: false.
+    /// Enables output of the log to standard output. Default: false.
     void setOutToStream(bool enable);
-    /// Whether each entry names its origin, see `logFormat`. Takes effect at once. Default: false.
+    /// Enables the origin in each entry: see `logFormat`. Takes effect immediately. Default: false.
     void setVerbose(bool enable);
-    /// Whether the bare text of each entry is echoed on standard output, by `init()`, for good. Default: false.
+    /// Makes `init()` echo the bare message of each entry to standard output; cannot be undone after that. Default:
+    /// false.
     void setRawOutput(bool enable);
-    /// Whether `init()` installs `crashHandler`, for good. Default: false.
+    /// Makes `init()` install `crashHandler`; cannot be undone after that. Default: false.
     void setCrashHandler(bool enable);
-    /// Whether debug lines are written. `setLogLevel` sets it too: the last call wins. Default: false.
+    /// Enables debug messages. `setLogLevel` sets it too; the last call wins. Default: false.
     void setDebug(bool enable);
-    /// The directory of the log file, taken as it is ("%1" and the like have no meaning). Empty means the root of the
-    /// file system.
+    /// Sets the directory of the log file. Used literally: placeholders such as "%1" are not expanded. Empty means the
+    /// root of the file system.
     void setLogPath(const QString& path);
-    /// What is written, debug lines included: see `setDebug`. Without a call it is as `Info`.
+    /// Sets the level; also overrides `setDebug`. Default: `Info`.
     void setLogLevel(LogLevel level);
-    /// Whether there is a shadow log. It needs a path too. Default: false.
+    /// Enables the shadow log, which also needs a path. Default: false.
     void setEnableShadow(bool enable);
-    /// The full path of the shadow log's file.
+    /// Sets the full path of the shadow log's file.
     void setShadowFilePath(const QString& path);
 
     /// Whether the options have been applied.
     bool isInit() const { return m_isInit; }
     ///@{
-    /// What was set.
+    /// Returns the stored option.
     bool isDebug() const { return m_debug; }
     bool isVerbose() const { return m_verbose; }
     bool enableShadow() const { return m_enableShadow; }
     QString shadowFilePath() const { return m_shadowFilePath; }
     ///@}
 
-    /// Applies the options, unless that has been done. Returns true.
+    /// Applies the options, unless they have been applied. Returns true.
     bool init();
-    /// Applies the options anew. Returns true.
+    /// Applies the options again. Returns true.
     bool reconfigure();
 
 private:

@@ -4,9 +4,9 @@
 
 #include <cstddef>
 
-/// Renames a full log file: F/log_A.log becomes F/log_A_20240131235959.log, with the local time. The log calls it when
-/// the file is full, unless there is a file of the new name already. `size` is not used.
+/// Rotates a log file by renaming it: F/log_A.log becomes F/log_A_20240131235959.log, with the local time. The log
+/// calls it for a full file, unless the new name is taken. `size` is not used.
 ///
-/// The last four characters of the name are replaced whatever they are. A file of the new name is not overwritten:
-/// then, and whenever else the renaming fails, the file stays as it is, and the log continues it.
+/// The last four characters of the name are replaced, whatever they are. An existing file is not overwritten: in that
+/// case, or if the rename fails, the file is unchanged and the log keeps appending to it.
 ORV_EXPORT void logsRollout(const char* fileName, std::size_t size);

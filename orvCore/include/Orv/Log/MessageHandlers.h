@@ -5,17 +5,17 @@
 #include <QString>
 #include <QtGlobal>
 
-/// The Qt message handler that `LogManager` installs without a shadow log: writes each message to the log. Levels are
-/// debug DEBUG, info INFO, warning WARNING, critical ERROR, fatal FATAL; a fatal message ends the process by `abort()`
-/// once it is written. Warnings that begin with "libpng" are dropped, and so are types that Qt does not have.
+/// The Qt message handler that `LogManager` installs without a shadow log: writes each message to the log. Critical
+/// messages have the level ERROR; the other levels are named like Qt's types. A fatal message ends the process with
+/// `abort()` after it is written. Warnings that begin with "libpng" and unknown message types are dropped.
 ///
-/// Thread-safe. A message for which there is no memory is dropped.
+/// Thread-safe. If memory runs out, the message is dropped.
 ORV_EXPORT void messageHandler(QtMsgType type, const QMessageLogContext& context, const QString& message);
 
-/// The handler that `LogManager` installs with a shadow log: as `messageHandler`, once to each log. The shadow log gets
-/// every message, also while the ordinary log is disabled. With raw output both entries are echoed.
+/// The handler that `LogManager` installs with a shadow log: like `messageHandler`, but writes to both logs. The shadow
+/// log receives every message, even while the ordinary log is disabled. With raw output, both entries are echoed.
 ORV_EXPORT void messageHandlerShadow(QtMsgType type, const QMessageLogContext& context, const QString& message);
 
-/// The text of an entry: the message alone, or, in verbose mode, the message followed by a line each for the function,
-/// the category and the line number of its origin. `type` is not used.
+/// Returns the text of an entry: the message; in verbose mode followed by three lines with the function, the category
+/// and the line number of its origin. `type` is not used.
 ORV_EXPORT QString logFormat(QtMsgType type, const QMessageLogContext& context, const QString& message);

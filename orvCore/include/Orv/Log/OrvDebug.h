@@ -10,56 +10,58 @@
 
 #include <memory>
 
-/// Debug lines, category "d.orv.log": switched on by `LogManager` at level `Debug`.
+/// Debug messages, category "d.orv.log": enabled by `LogManager` at level `Debug`.
 ORV_EXPORT const QLoggingCategory& orvLogDebug();
-/// Ordinary information, category "0.orv.log": always on.
+/// Ordinary information, category "0.orv.log": always enabled.
 ORV_EXPORT const QLoggingCategory& orvLogInfo0();
-/// Information in high detail, category "1.orv.log": switched on at levels `InfoHigh` and `Debug`.
+/// Detailed information, category "1.orv.log": enabled at levels `InfoHigh` and `Debug`.
 ORV_EXPORT const QLoggingCategory& orvLogInfoH();
 
-/// The small number of the calling thread: 1 for the first thread that asks, 2 for the next, and so on. Numbers stay
-/// with the system's thread number for the life of the process. Thread-safe.
+/// Returns a small number for the calling thread: 1 for the first thread that logs or calls this function, 2 for the
+/// next, and so on. A number stays assigned to the system's thread number for the lifetime of the process. Thread-safe.
 ORV_EXPORT quint64 threadId();
 
 namespace Orv {
 
-/// Opens log lines: `OrvDebug("Engine").warning() << "no" << thing;`
+/// Starts log messages: `OrvDebug("Engine").warning() << "no" << thing;`
 ///
-/// Every line begins with the component name and the small number of the thread, "[ Engine ] [ 3 ] ", and is handed
-/// to Qt's message handler when the stream is destroyed. Blanks are put between insertions and strings are not quoted,
-/// until the caller changes that on the stream. A line whose category is switched off is not written; its thread is
-/// numbered all the same.
+/// Every message begins with the component name and the thread number of `threadId()`, "[ Engine ] [ 3 ] ", and is
+/// passed to Qt's message handler when the stream is destroyed. By default, the stream inserts spaces and does not
+/// quote strings; the caller can change that on the stream. Messages of a disabled category are not written, but their
+/// thread still gets a number.
 class ORV_EXPORT OrvDebug {
 public:
-    /// `name` is not copied: it has to live as long as the object.
+    /// `name` is not copied: it has to outlive the object.
     explicit OrvDebug(const char* name);
 
-    /// A debug line, in the category of `orvLogDebug()`.
+    /// Starts a debug message in the category `orvLogDebug()`.
     QDebug debug() const;
-    /// As `debug()`, with the stream's verbosity at 0, the least.
+    /// Like `debug()`, with the stream's verbosity set to 0, the minimum.
     QDebug debugOnly() const;
-    /// Ordinary information, in the category of `orvLogInfo0()`.
+    /// Starts an information message in the category `orvLogInfo0()`.
     QDebug info() const;
-    /// Information in high detail, in the category of `orvLogInfoH()`.
+    /// Starts a detailed information message in the category `orvLogInfoH()`.
     QDebug infoH() const;
-    /// A warning, in the default category, as `critical()` and `error()`.
+    /// Starts a warning in the default category.
     QDebug warning() const;
-    /// An error.
+    /// Starts an error message in the default category.
     QDebug critical() const;
-    /// The same severity as `critical()`.
+    /// Same as `critical()`.
     QDebug error() const;
 
-    /// A text stream on the process's standard output, past the log. Shared by the process, not thread-safe.
+    /// Returns the process-wide text stream on standard output, which bypasses the log. Not thread-safe.
     static QTextStream& output();
 
 private:
     const char* m_name;
 };
 
-/// Measures its own lifetime. Writes nothing.
+/// Times a scope: the timer starts with the object. There is no accessor, and nothing is written to the log: in a
+/// debugger, the object on the stack shows which operation runs and since when.
 class ORV_EXPORT OrvFullDebug {
 public:
-    /// `name` is not copied: it has to live as long as the object.
+    /// `name`, the component, is not copied: it has to outlive the object. `text` describes the operation, for example
+    /// its function signature.
     OrvFullDebug(const char* name, QString text);
     ~OrvFullDebug();
     OrvFullDebug(const OrvFullDebug&) = delete;

@@ -9,39 +9,38 @@
 
 namespace Orv::Utitlity {
 
-/// Says whether an installer package, a xar archive (https://github.com/mackyle/xar/wiki/xarformat), is signed by
-/// somebody the system trusts.
+/// Checks whether an installer package, a xar archive (https://github.com/mackyle/xar/wiki/xarformat), is signed by a
+/// trusted party.
 ///
-/// It judges the certificates in the archive's signature, not the signature itself: that the package is what was signed
-/// is for the installer to check.
+/// @warning Only the certificates in the archive's signature are checked, not the signature itself. The installer has
+/// to verify that the package matches its signature.
 ///
-/// Nothing is thrown. The packages may come from anywhere: whatever is in the file, one of the results below comes
-/// back. An archive that cannot be used is logged as a warning with its path.
+/// Does not throw. Packages may be untrusted: every input yields one of the results below. An unusable archive is
+/// logged as a warning with its path.
 class ORV_EXPORT CheckPackageSignature {
 public:
-    /// What is found out about a package.
+    /// The result of a check.
     enum Result : qint32 {
-        Trusted = 0,        ///< there are certificates, and their chain is trusted
-        NoPackage = 1,      ///< there is no regular file with this path; not logged
-        SignatureError = 2, ///< no archive, no signature, or a certificate that cannot be taken out
-        NotTrusted = 3,     ///< there are certificates, and their chain is not trusted
+        Trusted = 0,        ///< the certificate chain is trusted
+        NoPackage = 1,      ///< no regular file at this path; not logged
+        SignatureError = 2, ///< not an archive, no signature, or an unreadable certificate
+        NotTrusted = 3,     ///< the certificate chain is not trusted
     };
 
-    /// The path of the package. The archive is looked for under the path's Latin-1 form: one with other characters
-    /// cannot be opened.
+    /// `path` is the path of the package. It is encoded as Latin-1: a path with other characters cannot be opened.
     explicit CheckPackageSignature(const QString& path) : m_path(path) { }
 
-    /// The certificates of the archive's first signature, as it lists them, the signer's first: each one's DER bytes,
-    /// in spite of the name. `Trusted` when they could be taken out, even if there are none, without a word about
-    /// trust; any other result comes with an empty list.
+    /// Returns the certificates of the archive's first signature in their order, the signer's first; in DER, despite
+    /// the function's name. `Trusted` only means that they could be read, even if there are none: their trust is not
+    /// checked. With any other result, the list is empty.
     QPair<Result, QList<QByteArray>> getPemList() const;
 
-    /// Whether the chain of these certificates leads to one of the system's anchors today: on macOS by the Security
-    /// framework under the basic X.509 policy, elsewhere by OpenSSL with its default anchors and no purpose demanded. A
-    /// user's own "always trust" does not count. The verdict is logged as a debug record. If they could not be taken
-    /// out, the result is that of `getPemList()`.
+    /// Checks whether the chain of these certificates currently leads to one of the system's trust anchors: on macOS
+    /// with the Security framework and the basic X.509 policy, elsewhere with OpenSSL, its default anchors and no
+    /// required purpose. Trust settings of the user do not count. The result is logged as a debug message. If the
+    /// certificates cannot be read, returns the result of `getPemList()`.
     ///
-    /// On macOS the calling thread may be blocked by the network.
+    /// On macOS, network access may block the calling thread.
     Result check_();
 
 private:

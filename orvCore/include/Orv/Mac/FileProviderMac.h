@@ -11,46 +11,44 @@ namespace Orv::Utility {
 
 class CloudItem;
 
-/// Tells whether a file is in the user's cloud drive (iCloud) and whether its content is on this machine, and asks for
-/// the content. What is not downloaded yet is a placeholder, and reading it for a backup has to wait.
+/// Reports whether a file is in the user's cloud drive (iCloud) and whether its content is on this machine, and
+/// requests its download. A file that is not downloaded is a placeholder; a backup has to wait before it reads it.
 ///
-/// Every call asks the system anew, and leaves a full trace in the debug log: two records, one with the file and the
-/// user's cloud set-up, one with the process's whole environment: a process that uses this should keep no secrets
-/// there. The record of the cloud configuration needs the URL of the application's container: the system may block the
-/// calling thread while it looks it up, so call from a worker thread rather than from one with a user interface.
-/// Nothing is thrown. Where there is no cloud drive, as on Linux, no file is in it.
+/// Every call queries the system and writes two debug messages: one with the file and the user's cloud configuration,
+/// one with the whole environment of the process, so do not keep secrets in environment variables. The first needs the
+/// URL of the application's container, whose lookup may block: call from a worker thread, not from a user-interface
+/// thread. Does not throw. Without a cloud drive, as on Linux, no file is in it.
 ///
-/// An object may be used by any thread, one at a time. The signal is emitted on the thread of the call.
+/// An object may be used by any thread, but only by one at a time. The signal is emitted on the calling thread.
 class ORV_EXPORT FileProviderMac : public QObject {
     Q_OBJECT
 
 public:
-    /// Where a file's content is.
+    /// The state of a file's content.
     enum DownloadingStatus : int {
-        Current = 0,       ///< downloaded, and the newest version
-        Downloaded = 1,    ///< downloaded, though the cloud has a newer version
+        Current = 0,       ///< downloaded, latest version
+        Downloaded = 1,    ///< downloaded, but the cloud has a newer version
         NotDownloaded = 2, ///< a placeholder
-        Unknown = 3,       ///< not in the cloud drive, or the system does not tell
+        Unknown = 3,       ///< not in the cloud drive, or not reported by the system
     };
 
-    /// For the file at `path`, which need not exist.
+    /// `path` is the path of the file, which need not exist.
     explicit FileProviderMac(const QString& path, QObject* parent = nullptr);
     ~FileProviderMac() override;
 
     /// Whether the file is in the cloud drive.
     bool isUbiquitous() const;
-    /// A `DownloadingStatus`.
+    /// Returns a `DownloadingStatus`.
     int downloadingStatus() const;
-    /// Asks the system to download the file, if it is `NotDownloaded`.
+    /// Requests the download of the file if it is `NotDownloaded`.
     void startDownloading();
 
 Q_SIGNALS:
-    /// The system has taken the request of `startDownloading()`. When the content has come, `downloadingStatus()`
-    /// tells.
+    /// The system has accepted the request of `startDownloading()`. Poll `downloadingStatus()` for its completion.
     void downloadingStarted();
 
 protected:
-    /// With somebody else to answer for the system.
+    /// Uses `item` in place of the system, for tests.
     FileProviderMac(std::unique_ptr<CloudItem> item, QObject* parent);
 
 private:

@@ -6,15 +6,15 @@
 
 namespace Orv::Utility {
 
-/// The version of the running macOS, read anew from the system's version lists by every call.
+/// The version of the running macOS. Every call reads the system's version property lists.
 ///
-/// From macOS 11 on the system may show an old program the version 10.16 in the first list; a second, hidden list has
-/// the true one. Nothing is thrown or logged: without a readable list, as on Linux, the version is 0.0.
+/// From macOS 11 on, the first list may report version 10.16 to programs built for older systems; a second, hidden list
+/// has the real version. Does not throw or log: without a readable list, as on Linux, the version is 0.0.
 class ORV_EXPORT SystemInfo {
 public:
-    /// Major and minor, and the patch level if it is not 0: "14.2.1", "11.0".
+    /// Returns major and minor version, and the patch level if it is not 0: "14.2.1", "11.0".
     static QString productVersion();
-    /// `productVersion()` for people: "macOS 14.2.1".
+    /// Returns `productVersion()` for display: "macOS 14.2.1".
     static QString prettyProductName();
 };
 

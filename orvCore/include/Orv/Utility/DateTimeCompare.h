@@ -6,25 +6,25 @@
 
 namespace Orv::Utility {
 
-/// Compares date-times at a chosen precision, for times that are kept with less of it on one side.
+/// Compares date-times at a chosen precision, for example with a system that stores whole seconds only.
 ///
-/// Both values are cut down, never rounded, by their own wall-clock time, and then compared as instants, whatever their
-/// time specs. There is no tolerance: 10:00:59.999 and 10:01:00.000 differ at every precision. Invalid values compare
-/// as `QDateTime` compares them.
+/// Both values are truncated (not rounded) in their own wall-clock time and then compared as instants, regardless of
+/// their time zones. There is no tolerance: 10:00:59.999 and 10:01:00.000 differ at every precision. Invalid values
+/// compare like `QDateTime`.
 class ORV_EXPORT DateTimeCompare {
 public:
-    /// How precise the comparison is.
+    /// The precision of the comparison.
     enum Mode : qint32 {
-        Precise = 0, ///< as they are; what every other value means too
-        Minutes = 1, ///< without seconds and milliseconds
-        Seconds = 2, ///< without milliseconds
+        Precise = 0, ///< no truncation; other values mean the same
+        Minutes = 1, ///< ignores seconds and milliseconds
+        Seconds = 2, ///< ignores milliseconds
     };
 
-    /// Compares at the precision `mode`.
+    /// Creates a comparison with the precision `mode`.
     explicit DateTimeCompare(Mode mode) : m_mode(mode) { }
 
     ///@{
-    /// The result of the comparison; `orEqual`: whether equal values count, too.
+    /// Compares `a` with `b`. `orEqual` makes the result true for equal values.
     bool equal(const QDateTime& a, const QDateTime& b) const;
     bool notEqual(const QDateTime& a, const QDateTime& b) const;
     bool less(const QDateTime& a, const QDateTime& b, bool orEqual) const;

@@ -10,22 +10,22 @@
 
 namespace Orv::Utitlity {
 
-/// Integers, GUIDs and fixed-width fields in a `QByteArray`, in a byte order that does not depend on the machine.
+/// Reads and writes integers, GUIDs and fixed-width fields in a `QByteArray`, in an explicit byte order.
 ///
-/// Offsets and lengths are in bytes. Writers grow the array to hold what they write, zero what they skip over, and
-/// touch nothing else (the GUID writer is special, see there). Readers need the bytes to be there, and no offset may be
-/// negative or lead past what a byte array can hold: debug builds assert it; release builds read missing bytes (at a
-/// negative offset: all of them) as zero and write nothing, and never touch memory outside the array.
+/// Offsets and lengths are in bytes. Writers grow the array as needed and fill skipped bytes with zeros (the GUID
+/// writer differs: see there). Preconditions: the bytes to read exist, and no offset is negative or beyond the maximum
+/// size of a byte array. Debug builds assert this. Release builds read missing bytes (with a negative offset, all
+/// bytes) as zero, write nothing at invalid offsets, and never access memory outside the array.
 ///
-/// With Qt 6, an array may be larger than 2 GiB: only offsets up to the largest `int` can be given, and what follows
-/// stays as it is.
+/// With Qt 6, an array may be larger than 2 GiB. Only offsets up to the largest `int` are supported; the bytes beyond
+/// are not changed.
 ///
-/// No state, no logging. A writer throws `std::bad_alloc` if the array cannot grow to hold the value: without enough
-/// memory, and near the largest size of a byte array. Safe on distinct arrays from any thread.
+/// Stateless; does not log. A writer throws `std::bad_alloc` if the array cannot grow, for lack of memory or near the
+/// maximum size of a byte array. Thread-safe on distinct arrays.
 class ORV_EXPORT Endian {
 public:
     ///@{
-    /// Writes the integer at `offset`, the least significant byte first.
+    /// Writes an integer at `offset`, least significant byte first.
     static void WriteBytesLittleEndian(unsigned short value, QByteArray& data, int offset)
     {
         write(qToLittleEndian(value), data, offset);
@@ -53,7 +53,7 @@ public:
     ///@}
 
     ///@{
-    /// Writes the integer at `offset`, the most significant byte first.
+    /// Writes an integer at `offset`, most significant byte first.
     static void WriteBytesBigEndian(unsigned short value, QByteArray& data, int offset)
     {
         write(qToBigEndian(value), data, offset);
@@ -81,7 +81,7 @@ public:
     ///@}
 
     ///@{
-    /// Reads the integer at `offset`, the least significant byte first.
+    /// Reads an integer at `offset`, least significant byte first.
     static unsigned short ToUInt16LittleEndian(const QByteArray& data, int offset)
     {
         return qFromLittleEndian(read<unsigned short>(data, offset));
@@ -109,7 +109,7 @@ public:
     ///@}
 
     ///@{
-    /// Reads the integer at `offset`, the most significant byte first.
+    /// Reads an integer at `offset`, most significant byte first.
     static unsigned short ToUInt16BigEndian(const QByteArray& data, int offset)
     {
         return qFromBigEndian(read<unsigned short>(data, offset));
@@ -133,31 +133,31 @@ public:
     }
     ///@}
 
-    /// Writes the 16 bytes of the Windows layout of a GUID: its first three fields (4, 2 and 2 bytes) in little-endian
-    /// order, then the other eight bytes as they are in RFC 4122. {00112233-4455-6677-8899-aabbccddeeff} becomes
-    /// 33 22 11 00 55 44 77 66 88 99 aa bb cc dd ee ff.
+    /// Writes a GUID in the 16-byte Windows layout: its first three fields (4, 2 and 2 bytes) in little-endian order,
+    /// then the other eight bytes as in RFC 4122. {00112233-4455-6677-8899-aabbccddeeff} becomes 33 22 11 00 55 44 77
+    /// 66 88 99 aa bb cc dd ee ff.
     ///
-    /// The array has to hold all of the 16 bytes: it is grown for the first eight only, and of the last eight those are
-    /// written that fit.
+    /// The array should already have room for all 16 bytes: it grows for the first eight only, and the last eight are
+    /// truncated at its end.
     static void WriteBytesLittleEndian(const QUuid& id, QByteArray& data, int offset);
-    /// The inverse.
+    /// Reads a GUID in the Windows layout.
     static QUuid ToGuidLittleEndian(const QByteArray& data, int offset);
 
-    /// Writes `source` into a field of `length` bytes: cut, or filled up with zeros. A length of 0 or less writes
-    /// nothing.
+    /// Writes `source` into a field of `length` bytes, truncated or padded with zeros. Does nothing if `length` is 0 or
+    /// negative.
     static void StringToBytes(const QByteArray& source, QByteArray& data, int offset, int length);
-    /// Reads a field of `length` bytes, zeros included: the result has that length; 0 for a negative one.
+    /// Returns a field of `length` bytes, including zeros; empty if `length` is negative.
     static QByteArray BytesToString(const QByteArray& data, int offset, int length);
 
 private:
-    /// Whether `size` bytes at `offset` are in the array. A negative offset is a large unsigned one.
+    /// Whether the array has `size` bytes at `offset`. A negative offset becomes a large unsigned number.
     static bool holds(const QByteArray& data, int offset, unsigned size)
     {
         return quint64(unsigned(offset)) + size <= quint64(data.size());
     }
-    /// Makes room for `size` bytes at `offset`; false if there can be none.
+    /// Makes room for `size` bytes at `offset`. False if the range is invalid.
     static bool grow(QByteArray& data, int offset, int size);
-    /// Copies what is there of `size` bytes at `offset`.
+    /// Copies the existing bytes of the range of `size` bytes at `offset` to `target`.
     static void readOutside(const QByteArray& data, int offset, void* target, int size);
 
     template <class T> static void write(T value, QByteArray& data, int offset)

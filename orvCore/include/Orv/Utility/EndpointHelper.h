@@ -7,47 +7,45 @@
 
 namespace Orv::Utitlity {
 
-/// Turns the address of a service as a user or a configuration gives it (a URL, a host with or without user, port and
-/// path, an address that begins with two slashes) into one normal form without the scheme, "//host:port/path", and a
-/// flag for TLS.
+/// Normalises the address of a service (a URL, a host with optional user, port and path, or an address that begins with
+/// two slashes) to the form "//host:port/path" without a scheme, and a TLS flag.
 ///
-/// - "http://" and "https://", in lower case, are the schemes; without one, the default flag holds.
-/// - Slashes and colons before the host are dropped, and so is everything up to the first "@", wherever it stands.
-/// - The port is any number from 1 to 2147483647, and is written anew; the path is kept as it is.
-/// - An empty address has an empty normal form and, whatever the default, no TLS. One of blanks is empty, too.
+/// - The schemes are "http://" and "https://", in lower case. Without one, the default flag applies.
+/// - Slashes and colons before the host are removed, and so is everything up to the first "@".
+/// - The port is a number from 1 to 2147483647, written in decimal without leading zeros. The path is unchanged.
+/// - An empty address has an empty normal form and no TLS, regardless of the default. The normal form of white space is
+///   empty too.
 ///
-/// @warning Check what users type before it comes here. An IPv6 address in brackets is an error, since its colons are
-/// taken for that of the port. An "@" in a path or in a password ends what is taken for the user: "host/a@b" gives the
-/// host "b".
+/// @warning Validate user input first. An IPv6 address in brackets is an error, because its colons are parsed as the
+/// one before the port. An "@" in a path or a password ends the user part: "host/a@b" yields the host "b".
 ///
-/// An address whose port is no such number is an error: then `hasError()` is set, and the address stands as it was
-/// given. Nothing is thrown or logged.
+/// An invalid port is an error: `hasError()` returns true, and the address is kept unchanged. Does not throw or log.
 class ORV_EXPORT EndpointHelper {
 public:
-    /// `useSsl` is the flag for an address without a scheme.
+    /// Normalises `endpoint`. `useSsl` is the TLS flag for an address without a scheme.
     EndpointHelper(const QString& endpoint, bool useSsl);
 
-    /// Takes another address, as the constructor does.
+    /// Normalises another address, like the constructor.
     void convert(const QString& endpoint, bool useSsl);
 
-    /// The normal form; the address itself after an error.
+    /// Returns the normal form; the original address after an error.
     QString endpoint() const { return m_endpoint; }
-    /// The normal form with "https:" or "http:" before it; the address itself after an error.
+    /// Returns the normal form, preceded by "https:" or "http:"; the original address after an error.
     QString endpointWithScheme() const;
     /// Whether to use TLS.
     bool useSsl() const { return m_useSsl; }
-    /// Decides on the scheme of `endpointWithScheme()`.
+    /// Sets the TLS flag, and with it the scheme of `endpointWithScheme()`.
     void setUseSsl(bool useSsl) { m_useSsl = useSsl; }
-    /// Whether the last address could not be read.
+    /// Whether the last address was invalid.
     bool hasError() const { return m_hasError; }
-    /// "Can't parse endpoint" after an error, else null.
+    /// Returns "Can't parse endpoint" after an error, otherwise a null string.
     const QString& lastErrorMessage() const { return m_lastErrorMessage; }
 
-    /// `endpoint()` of an address.
+    /// Returns `endpoint()` of an address.
     static QString toEndpoint(const QString& endpoint);
-    /// `endpointWithScheme()` of an address.
+    /// Returns `endpointWithScheme()` of an address.
     static QString toEndpointWithScheme(const QString& endpoint, bool useSsl);
-    /// `endpoint()` and `useSsl()` of an address, with TLS for one without a scheme.
+    /// Returns `endpoint()` and `useSsl()` of an address. TLS is the default.
     static QPair<QString, bool> toPair(const QString& endpoint);
 
 private:

@@ -9,23 +9,23 @@
 
 namespace Orv::Utility {
 
-/// Sets a file's times, as a restore does. Stateless.
+/// Sets the times of files, for example after a restore. Stateless.
 class ORV_EXPORT FileInfo {
 public:
-    /// Sets the times of the last modification and of the last access of `path` to `time`, in whole seconds from 1970
-    /// to 2106; milliseconds are dropped. An invalid time, or another one, sets the last second of these. A link is
-    /// followed. Failure is not reported. See `setLastModified` for all times and a result.
+    /// Sets the modification and access times of `path` to `time`, truncated to whole seconds. An invalid time, or one
+    /// outside 1970 to 2106, sets the largest 32-bit time (in 2106). Links are followed. Errors are not reported. See
+    /// `setLastModified` for the full range and a result.
     static void changeLastModefiedDate(const QString& path, const QDateTime& time);
 
     ///@{
-    /// Sets the time of the last modification of `path`, and nothing else: of the target of a link with `followLinks`,
-    /// else of the link itself. `time` is an instant with milliseconds, or the nanoseconds since 1970, UTC; the file
-    /// system may store it with less precision or a smaller range. Returns false on failure; `errno` then has the
-    /// reason, `EINVAL` for an invalid time.
+    /// Sets only the modification time of `path`; if it is a link, of its target with `followLinks`, otherwise of the
+    /// link itself. `time` is a date-time in milliseconds, or the nanoseconds since 1970, UTC. The file system may
+    /// store it with less precision or a smaller range. Returns false on failure and sets `errno`; `EINVAL` for an
+    /// invalid time.
     static bool setLastModified(const QString& path, const QDateTime& time, bool followLinks);
     static bool setLastModified(const QString& path, std::chrono::nanoseconds time, bool followLinks)
     {
-        const auto seconds = std::chrono::floor<std::chrono::seconds>(time); // the rest is positive before 1970 too
+        const auto seconds = std::chrono::floor<std::chrono::seconds>(time); // keeps the remainder positive before 1970
         return setModificationTime(path, seconds.count(), (time - seconds).count(), followLinks);
     }
     ///@}

@@ -5,20 +5,20 @@
 #include <QtGlobal>
 
 /// \file
-/// Whether any process holds a write lock on a file, as the kernel lists it in "/proc/locks". The answer may be
-/// outdated as soon as it is given. Systems without that list give -2. Nothing is logged. Thread-safe.
+/// Checks whether any process holds a write lock on a file, according to "/proc/locks". The result may be outdated
+/// immediately. On systems without that list it is -2. Does not log. Thread-safe.
 
-/// As `file_wr_check_ino` for the file at `name`; -1 if there is none.
+/// Like `file_wr_check_ino`, for the file `name`; -1 if it does not exist.
 ORV_EXPORT int file_wr_check_name(const char* name);
 
-/// 1 if a write lock on the inode number is held, 0 if none is, -2 if the list cannot be read. Waiting for a lock is
-/// not holding one. The device is not compared: the same number on another file system counts as well.
+/// Returns 1 if a write lock on the inode is held, 0 if not, -2 if the list cannot be read. Pending locks do not count.
+/// The device is not compared: the same inode number on another file system counts too.
 ORV_EXPORT int file_wr_check_ino(quint64 ino);
 
-/// Splits a line of that list (proc(5)): ordinal, class or "->" for a lock that is waited for, mode, access, process,
-/// device major, device minor, inode, start, end.
+/// Splits a line of that list (proc(5)) into its fields: ordinal, class ("->" for a pending lock), mode, access,
+/// process, device major, device minor, inode, start, end.
 ///
-/// A field ends with a blank, a tab, a newline or a colon; all but the colon may stand in runs between fields, so two
-/// colons enclose an empty one. `line` is cut up in place. `fields` gets the beginnings of at most `max` fields and is
-/// null from there on. Returns their number.
+/// A field ends at a space, tab, newline or colon. Runs of white space separate fields once; two colons enclose an
+/// empty field. Splits `line` in place, stores pointers to at most `max` fields in `fields` and sets the remaining
+/// elements to null. Returns the number of fields.
 ORV_EXPORT unsigned get_fields(char* line, char** fields, unsigned char max);

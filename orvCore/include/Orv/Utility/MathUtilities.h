@@ -2,18 +2,18 @@
 
 namespace Extensions {
 
-/// Rounding of sizes and counts. Meant for values of 0 and more and for steps of 1 and more.
+/// Rounding of sizes and counts, for non-negative values and positive steps.
 ///
-/// Each one is the plain expression in the width of its arguments: signed division truncates towards zero, so a
-/// negative value is rounded towards zero, too. A step of 0, and a sum of value and step beyond the type, are the
-/// caller's errors (the unsigned sum wraps).
+/// Each function is a plain expression in the type of its arguments. Signed division truncates, so negative values are
+/// rounded towards zero. A step of 0 and an overflow of value + step are precondition violations (the unsigned sum
+/// wraps).
 ///
 /// @warning Arguments of different types are ambiguous and do not compile: `Ceil(file.size(), 4096)` needs a cast,
 /// `Ceil(file.size(), 4096LL)`.
 class MathUtilities {
 public:
     ///@{
-    /// The next multiple, or the value if it is one.
+    /// Rounds up to a multiple.
     static constexpr long long RoundUp(long long value, long long multiple)
     {
         return (value + multiple - 1) / multiple * multiple;
@@ -21,11 +21,11 @@ public:
     static constexpr int RoundUp(int value, int multiple) { return (value + multiple - 1) / multiple * multiple; }
     ///@}
 
-    /// The multiple before, or the value if it is one.
+    /// Rounds down to a multiple.
     static constexpr int RoundDown(int value, int multiple) { return value / multiple * multiple; }
 
     ///@{
-    /// How many times `divisor` holds `value`: the quotient, rounded up.
+    /// Returns the quotient, rounded up.
     static constexpr int Ceil(int value, int divisor) { return (value + divisor - 1) / divisor; }
     static constexpr unsigned int Ceil(unsigned int value, unsigned int divisor)
     {

@@ -6,13 +6,13 @@
 
 namespace Orv::Utility {
 
-/// Reserves room on the disk for `size` more bytes behind the physical end of an open file, all of it or none; the
-/// file's size does not change. So a restore can fail before it writes.
+/// Reserves disk space for `size` more bytes after the physical end of an open file, all of it or none, without
+/// changing the file's size. So a restore can fail before it writes.
 ///
-/// Returns true if the room is there, and also, with a warning logged, if the file system cannot reserve any. Returns
-/// false on any other failure, for instance without enough space or with a descriptor that may not write; nothing is
-/// logged then. Without enough space or quota, what earlier calls reserved for the file may be given back too. Nobody
-/// else may write to the file meanwhile.
+/// Returns true on success. If the file system does not support reservation, logs a warning and returns true too.
+/// Returns false on any other failure, for example lack of space or a read-only descriptor; this is not logged. If
+/// space or quota is insufficient, reservations of earlier calls may be released too. The file must not be written
+/// during the call.
 ORV_EXPORT bool preallocateFile(int fd, quint64 size);
 
 } // namespace Orv::Utility

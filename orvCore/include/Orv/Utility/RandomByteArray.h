@@ -7,15 +7,15 @@
 
 namespace Orv::Utitlity {
 
-/// Bytes from the operating system's random device. Reentrant; nothing is logged.
+/// Random bytes from the operating system's random device. Reentrant; does not log.
 class ORV_EXPORT RandomByteArray {
 public:
-    /// Appends `size` random bytes to `out`. False, with `out` as it was, if the random device cannot be opened or
-    /// fails.
+    /// Appends `size` random bytes to `out`. If the random device cannot be opened or read, returns false and leaves
+    /// `out` unchanged.
     static bool generate(QByteArray& out, quint64 size);
 
-    /// Writes `size` random bytes to `out`. False if `out` is not writable, if the random device cannot be opened or
-    /// fails, or if `out` accepts fewer bytes than it is given; what was written then stays written.
+    /// Writes `size` random bytes to `out`. Returns false if `out` is not writable or accepts too few bytes, or if the
+    /// random device cannot be opened or read; data already written stays there.
     static bool generate(QIODevice& out, quint64 size);
 };
 

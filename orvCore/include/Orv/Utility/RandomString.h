@@ -6,11 +6,11 @@
 
 namespace Orv::Utitlity {
 
-/// Short random texts for names. Not for secrets: the generator is `qrand()`, which the library does not seed. Qt 6 has
-/// no `qrand()`: with it, the generator is `QRandomGenerator::global()`, and no seed repeats a text.
+/// Short random strings for names. Not for secrets: the generator is `qrand()`, which the library does not seed. With
+/// Qt 6, which has no `qrand()`, it is `QRandomGenerator::global()`, so results are not reproducible with a seed.
 class ORV_EXPORT RandomString {
 public:
-    /// `length` characters out of A-Z, a-z and 0-9; empty for a length of 0 or less.
+    /// Returns `length` characters from A-Z, a-z and 0-9; empty if `length` is 0 or negative.
     static QString generateSimple(int length);
 };
 

@@ -6,21 +6,21 @@
 
 namespace Orv::Utitlity {
 
-/// Base64 (RFC 4648) for file names and URLs: "-" stands for "+", "~" for "/" and "_" for the padding "=".
+/// Base64 (RFC 4648) for file names and URLs: "-" replaces "+", "~" replaces "/", and "_" replaces the padding "=".
 ///
-/// Nothing is logged, or thrown but for lack of memory.
+/// Does not log. Throws only `std::bad_alloc`.
 ///
-/// @warning A view: it refers to the array it is constructed from, which has to outlive it. With a temporary, use it
-/// within the expression: `SafeBase64(file.readAll()).to()` is right, `SafeBase64 text(file.readAll())` dangles.
+/// @warning A view: the array passed to the constructor has to outlive it. Use a temporary only within the expression:
+/// `SafeBase64(file.readAll()).to()` is correct, `SafeBase64 text(file.readAll())` dangles.
 class ORV_EXPORT SafeBase64 {
 public:
-    /// A view of `data`: bytes for `to()`, safe text for `from()`.
+    /// A view of `data`: raw bytes for `to()`, safe Base64 for `from()`.
     explicit SafeBase64(const QByteArray& data) : m_data(data) { }
 
-    /// The safe text of the bytes.
+    /// Encodes the bytes as safe Base64.
     QByteArray to() const;
-    /// The bytes of the safe text. A "/" is read as "~"; other characters that safe text does not have are skipped, a
-    /// "+" among them.
+    /// Decodes safe Base64. "/" is decoded like "~"; all other characters outside the alphabet, including "+", are
+    /// skipped.
     QByteArray from() const;
 
 private:

@@ -6,21 +6,21 @@
 
 namespace Orv::Utility {
 
-/// Copies from one device to another, piece by piece.
+/// Copies from one device to another in chunks.
 class ORV_EXPORT StreamCopy {
 public:
-    /// `chunkSize`: the most bytes to read and write at a time. It has to be positive: otherwise a source that is not
-    /// empty never comes to its end.
+    /// `chunkSize` is the maximum number of bytes per read and write. It has to be positive: otherwise `exec` never
+    /// returns for a non-empty source.
     explicit StreamCopy(qint64 chunkSize) : m_chunkSize(chunkSize) { }
 
-    /// Copies until the source is at its end, fails, or has given `maxBytes`; 0 stands for no limit, and with less than
-    /// 0 nothing is copied. Returns the number of bytes copied.
+    /// Copies until the source ends, fails, or has yielded `maxBytes`. 0 means no limit; with a negative limit, nothing
+    /// is copied. Returns the number of bytes copied.
     ///
-    /// Returns -1 if the destination is not open for writing or the source not for reading, before anything is read;
-    /// and, with an error logged, if the destination does not take all it is given: what it has taken stays there.
+    /// Returns -1, without reading, if the destination is not open for writing or the source is not open for reading.
+    /// If the destination accepts too few bytes, logs an error and returns -1; data already written stays there.
     ///
-    /// Does not wait, but asks again: a source that has nothing yet and is not at its end keeps the call, and the
-    /// processor, busy. The devices are neither opened nor closed nor flushed.
+    /// Does not wait for data: while a source has none and is not at its end, the call polls it in a busy loop. The
+    /// devices are neither opened nor closed nor flushed.
     qint64 exec(QIODevice& destination, QIODevice& source, qint64 maxBytes);
 
 private:

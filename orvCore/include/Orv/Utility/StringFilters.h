@@ -6,14 +6,14 @@
 
 namespace Orv::Utility {
 
-/// Cleans texts. Every input yields a text, in linear time; the argument stays as it is.
+/// String clean-up. Every function accepts any input and returns a new string, in linear time.
 class ORV_EXPORT StringFilters {
 public:
-    /// Without the characters that file names must not have: / \ : * ? " > < |
+    /// Removes the characters that are invalid in file names: / \ : * ? " > < |
     static QString prefixFilter(const QString& text);
-    /// Without the run of `ch` at the end.
+    /// Removes all trailing `ch`.
     static QString removeTrailingChar(const QString& text, const QChar& ch);
-    /// With a backslash before every backslash and every double quote.
+    /// Inserts a backslash before every backslash and every double quote.
     static QString escape(const QString& text);
 };
 

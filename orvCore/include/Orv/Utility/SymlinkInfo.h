@@ -9,33 +9,35 @@
 
 namespace Orv::Utility {
 
-/// A symbolic link itself, where `QFileInfo` answers for what it points to. Thread-safe as far as it is not changed.
+/// Properties of a symbolic link itself, where `QFileInfo` reports those of its target. Const functions are
+/// thread-safe.
 class ORV_EXPORT SymlinkInfo {
 public:
-    /// The link at `path`, which is neither read nor checked to be one.
+    /// Refers to the link at `path`. Does not access the file system, and does not check that `path` is a link.
     explicit SymlinkInfo(const QString& path) : m_path(path) { }
-    /// The link of `info`; not valid if that is none.
+    /// Refers to the link `info`. Invalid if `info` is not a link.
     explicit SymlinkInfo(const QFileInfo& info);
 
     /// Whether the object has a path.
     bool isValid() const { return !m_path.isEmpty(); }
-    /// When the link itself was changed, in local time, in whole seconds. Null if the object is not valid, or, with an
-    /// error logged, if there is nothing at the path.
+    /// Returns the modification time of the link itself, in local time and whole seconds. Null if the object is
+    /// invalid; null with an error logged if nothing exists at the path.
     QDateTime lastModified() const;
 
-    /// Whether there is anything at `path`, also a link without a target. Logs each failed look as information: one
-    /// for a link without a target, two for nothing.
+    /// Whether an entry exists at `path`; a dangling link counts. Logs each failed `stat` at info level: once for a
+    /// dangling link, twice if nothing exists.
     static bool exist(const QString& path);
 
 private:
     QString m_path;
 };
 
-/// When a file was changed, in local time, in whole seconds; with `noFollow`, a link itself and not its target. Null,
-/// with two errors logged, if that cannot be found out.
+/// Returns the modification time of a file, in local time and whole seconds; with `noFollow`, of a link itself instead
+/// of its target. On failure, logs two errors and returns a null value.
 ORV_EXPORT QDateTime lastModified(const Core::FS::FileInfo& info, bool noFollow);
 
-/// When a link itself was changed, as `lastModified` with `noFollow`. Null, with an error logged, if it is no link.
+/// Returns the modification time of a link itself, like `lastModified` with `noFollow`. If `info` is not a link, logs
+/// an error and returns a null value.
 ORV_EXPORT QDateTime symlinkLastModified(const Core::FS::FileInfo& info);
 
 } // namespace Orv::Utility

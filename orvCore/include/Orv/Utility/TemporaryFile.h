@@ -6,14 +6,14 @@
 
 namespace Orv::Utility {
 
-/// A `QTemporaryFile` that removes its file as soon as it is closed, not only when the object goes; unless
-/// `autoRemove()` is off. An object serves one file: one that it opens after a `close()` is only closed by the next
-/// one, and goes with the object. `rename()` closes too: switch `autoRemove()` off before.
+/// A `QTemporaryFile` that removes its file on `close()`, not only on destruction, unless `autoRemove()` is off. Use an
+/// object for one file: a file opened after a `close()` is removed only on destruction. `rename()` closes the file too:
+/// disable `autoRemove()` before.
 class ORV_EXPORT TemporaryFile : public QTemporaryFile {
     Q_OBJECT
 
 public:
-    /// As `QTemporaryFile` has it: the X's at the end of the template become a name that is free.
+    /// Like `QTemporaryFile`: the trailing "XXXXXX" of the template is replaced to form a unique name.
     TemporaryFile(const QString& templateName, QObject* parent);
     ~TemporaryFile() override;
 

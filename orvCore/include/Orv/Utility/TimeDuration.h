@@ -6,16 +6,15 @@
 
 namespace Orv::Utility {
 
-/// Durations as texts for people. Stateless.
+/// Formats durations for display. Stateless.
 class ORV_EXPORT TimeDuration {
 public:
-    /// A duration in seconds as "hh:mm:ss", and from a day on with the number of days before it: "1.01:01:01" for
+    /// Returns a duration in seconds as "hh:mm:ss"; from one day on, preceded by the number of days: "1.01:01:01" for
     /// 90061.
     ///
-    /// Days and time are those of the local calendar, counted from the beginning of today. So on a day with a
-    /// daylight-saving change, durations of a day and more differ from plain arithmetic by the hour that the day is
-    /// longer or shorter. A negative duration gives the time of day that is so long before midnight: "23:59:00" for
-    /// -60.
+    /// Days are counted in the local calendar from the start of today. On a day with a daylight-saving transition,
+    /// durations of a day and more therefore differ by the length of that transition. A negative duration yields the
+    /// time of day that long before midnight: "23:59:00" for -60.
     static QString toString(int seconds);
 };
 

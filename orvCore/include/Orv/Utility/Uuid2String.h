@@ -8,21 +8,21 @@
 
 namespace Orv::Utitlity {
 
-/// The text and binary forms of GUIDs that the backup system meets. Stateless; nothing is thrown or logged.
+/// Conversions between the string and binary formats of GUIDs in the backup system. Stateless; does not throw or log.
 class ORV_EXPORT Uuid2String {
 public:
-    /// "{00112233-4455-6677-8899-aabbccddeeff}"
+    /// Returns "{00112233-4455-6677-8899-aabbccddeeff}"
     static QString classic(const QUuid& id);
-    /// "00112233-4455-6677-8899-aabbccddeeff"
+    /// Returns "00112233-4455-6677-8899-aabbccddeeff"
     static QString windows(const QUuid& id);
-    /// The id of 16 bytes in the Windows layout (see `Endian`; the bytes themselves, in spite of the name, not Base64).
-    /// Fewer bytes give the null id; what comes after the 16th is ignored.
+    /// Reads an id from 16 raw bytes in the Windows layout (see `Endian`); despite the name, not from Base64. Returns
+    /// the null id for fewer bytes; ignores further bytes.
     static QUuid winBase64ToUuid(const QByteArray& bytes);
-    /// The Windows text of a short GUID: the 22 characters that Base64 makes of the Windows layout, without the
-    /// padding, with "-" for "+" and "!" for "/". A null string if the input is not 22 bytes long; the text of the null
-    /// id if they are no Base64.
+    /// Converts a short GUID to the format of `windows()`. A short GUID is the Base64 encoding of the Windows layout:
+    /// 22 characters, without padding, with "-" for "+" and "!" for "/". Returns a null string if the input is not 22
+    /// bytes long, and the null id's string if it is not valid Base64.
     static QString fromWinShortGuid(const QByteArray& shortGuid);
-    /// The short GUID of an id, 22 characters: the inverse of `fromWinShortGuid`.
+    /// Returns the short GUID of an id, 22 characters: the inverse of `fromWinShortGuid`.
     static QByteArray toWinShortGuid(const QUuid& id);
 };
 

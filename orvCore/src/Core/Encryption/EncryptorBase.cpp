@@ -30,7 +30,7 @@ std::size_t roundDown(std::size_t size, std::size_t blockSize)
 
 } // namespace
 
-/// What one read of the source gave.
+/// The result of one read of the source.
 struct EncryptorBase::Input {
     const byte* data = nullptr;
     std::size_t size = 0;
@@ -44,16 +44,16 @@ struct EncryptorBase::Input {
     }
 };
 
-/// A call of readData, whose three steps are: read the source, transform `blocks` (all whole blocks that fit into the
-/// caller's room), and store what is left.
+/// The state of a call of readData(), which has three steps: read the source (beginRead), transform `blocks`, all whole
+/// blocks that fit into the caller's buffer, and store the remainder (finishRead).
 struct EncryptorBase::Pass {
     char* data;
     qint64 room;
-    qint64 count = 0;  // of bytes in `data`
-    Input blocks = {}; // to be transformed to the end of these bytes
+    qint64 count = 0;  // bytes already in `data`
+    Input blocks = {}; // to be transformed into `data` after these bytes
     Input rest = {};
-    std::size_t restReady = 0; // bytes of the rest that can be transformed now
-    bool atEnd = false;        // of the source
+    std::size_t restReady = 0; // bytes of `rest` that can be transformed now
+    bool atEnd = false;        // the source is at its end
 };
 
 EncryptorBase::EncryptorBase(Algorithm algorithm, bool encrypt, Type type)
@@ -115,7 +115,7 @@ qint64 EncryptorBase::readData(char* data, qint64 maxSize)
     return finishRead(pass);
 }
 
-/// Reads the source. What was waiting for a caller comes first, then the blocks that began in earlier input.
+/// Reads the source. Returns buffered output first, then the blocks that began in earlier input.
 EncryptorBase::Pass EncryptorBase::beginRead(char* data, qint64 maxSize)
 {
     StreamTransformation& stream = *m_transformation;
@@ -130,7 +130,7 @@ EncryptorBase::Pass EncryptorBase::beginRead(char* data, qint64 maxSize)
     pass.rest = readSource(std::min(blocks, LargestRead / m_blockSize) * m_blockSize);
     pass.atEnd = m_source->atEnd();
     if (m_paddingDone)
-        return pass; // the source grew after its end: it is read and checked, and gives no more output
+        return pass; // the source grew after its end: no more output
     pass.count = returnOutput(data, maxSize);
 
     std::size_t ready = readyBytes(stream.input.size() + pass.rest.size);
@@ -148,7 +148,7 @@ EncryptorBase::Pass EncryptorBase::beginRead(char* data, qint64 maxSize)
     return pass;
 }
 
-/// Stores what was read and does not fit, or is not ready, and returns how many bytes the call gives.
+/// Stores the input that does not fit or cannot be transformed yet. Returns the result of the call.
 qint64 EncryptorBase::finishRead(Pass& pass)
 {
     StreamTransformation& stream = *m_transformation;
@@ -161,7 +161,7 @@ qint64 EncryptorBase::finishRead(Pass& pass)
     return pass.count;
 }
 
-/// Reads `size` bytes of the source, or as many as it gives.
+/// Reads up to `size` bytes of the source.
 EncryptorBase::Input EncryptorBase::readSource(qint64 size)
 {
     Input input = readMemory(size);
@@ -177,14 +177,13 @@ EncryptorBase::Input EncryptorBase::readSource(qint64 size)
         if (received > 0)
             m_memoryPosition = std::max(m_memoryPosition, m_source->pos());
     }
-    if (!m_paddingDone) // what comes later is not in the stream
+    if (!m_paddingDone) // later bytes are not part of the stream
         m_bytesRead += static_cast<qint64>(input.size);
     return input;
 }
 
-/// The bytes of a QBuffer where they are, since copying them out takes up to half as long as decrypting them. Empty
-/// where read() might give other bytes: in text mode, in a subclass, and where bytes were put back (ungetChar), which
-/// moves the position back from where reads have come.
+/// Returns the bytes of a QBuffer in place, because copying them takes up to half as long as decrypting them. Empty if
+/// read() might return other bytes: in text mode, for a subclass, and after ungetChar(), which moves the position back.
 EncryptorBase::Input EncryptorBase::readMemory(qint64 size)
 {
     QIODevice& source = *m_source;
@@ -199,8 +198,8 @@ EncryptorBase::Input EncryptorBase::readMemory(qint64 size)
     return {data, static_cast<std::size_t>(given)};
 }
 
-/// How many of the bytes at hand can be transformed now: all whole blocks, but for the last one while decrypting, which
-/// may hold the padding.
+/// The number of `available` bytes that can be transformed now: all whole blocks; while decrypting, all but the last,
+/// which may contain the padding.
 std::size_t EncryptorBase::readyBytes(std::size_t available) const
 {
     const std::size_t kept = m_encrypt ? 0 : m_blockSize;
@@ -225,7 +224,7 @@ void EncryptorBase::transformLast(bool atEnd)
     stream.input.clear();
     if (!atEnd)
         return;
-    stream.filter->MessageEnd(); // throws if the padding is wrong
+    stream.filter->MessageEnd(); // throws on wrong padding
     m_paddingDone = true;
 
     const auto size = static_cast<std::size_t>(stream.filter->MaxRetrievable());

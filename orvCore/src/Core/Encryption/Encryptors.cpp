@@ -14,7 +14,7 @@ namespace {
 template <class Mode> std::unique_ptr<CryptoPP::SymmetricCipher> makeMode(const SecretBytes& key, const QByteArray& iv)
 {
     auto mode = std::make_unique<Mode>();
-    if (mode->IsResynchronizable()) // ECB takes no IV
+    if (mode->IsResynchronizable()) // false for ECB, which has no IV
         mode->SetKeyWithIV(key.data(), key.size(), bytes(iv), static_cast<std::size_t>(iv.size()));
     else
         mode->SetKey(key.data(), key.size());
@@ -23,7 +23,7 @@ template <class Mode> std::unique_ptr<CryptoPP::SymmetricCipher> makeMode(const 
 
 } // namespace
 
-/// The cipher library checks the lengths and throws; the object is then as it was.
+/// If the cipher library throws for a wrong length, the object is unchanged.
 template <class Cipher> bool EncryptorBase::initMode()
 {
     using CbcMode = CryptoPP::CBC_Mode<Cipher>;
@@ -41,7 +41,7 @@ template <class Cipher> bool EncryptorBase::initMode()
     } else if (m_type == Ecb) {
         mode = makeMode<typename EcbMode::Decryption>(stream.key, m_iv);
     }
-    stream.filter.reset(); // it refers to the old mode
+    stream.filter.reset(); // it references the old mode
     stream.mode = std::move(mode);
     stream.parallelCipher = std::move(parallelCipher);
     stream.parallelKey = stream.parallelCipher ? stream.key : SecretBytes();

@@ -98,7 +98,7 @@ QByteArray Key::generate(Algorithm algorithm, const QByteArray& password, const 
     if (size == 0)
         return {};
 
-    // Other clients derive keys without a salt from eight zero bytes.
+    // Other clients use eight zero bytes if there is no salt.
     const QByteArray usedSalt = salt.isEmpty() ? QByteArray(8, '\0') : salt;
     SecByteBlock key(size);
     CryptoPP::PKCS5_PBKDF2_HMAC<CryptoPP::SHA1>().DeriveKey(

@@ -9,21 +9,22 @@
 
 namespace Orv::Core::Encryption {
 
-/// Bytes that are wiped when they are freed. A QByteArray cannot promise that: its copies share their memory.
+/// Bytes that are wiped when freed. QByteArray cannot guarantee that, because copies share its memory.
 using SecretBytes = std::vector<CryptoPP::byte, CryptoPP::AllocatorWithCleanup<CryptoPP::byte>>;
 
-/// What an encryptor keeps of a stream, and the cipher library's objects that transform it.
+/// An encryptor's stream state: its buffers, and the cipher library's objects.
 class StreamTransformation {
 public:
     SecretBytes key;
     std::unique_ptr<CryptoPP::SymmetricCipher> mode;
-    std::unique_ptr<CryptoPP::StreamTransformationFilter> filter;  // adds or checks the padding; refers to the mode
-    std::unique_ptr<CryptoPP::BlockTransformation> parallelCipher; // for readTogether; null unless CBC encrypts
-    SecretBytes parallelKey;                                       // of that cipher; `key` may be a newer one
+    std::unique_ptr<CryptoPP::StreamTransformationFilter> filter; // adds or checks the padding; references the mode
+    std::unique_ptr<CryptoPP::BlockTransformation>
+        parallelCipher;      // for readTogether(); null unless encrypting with CBC
+    SecretBytes parallelKey; // key of parallelCipher; `key` may be newer
 
-    SecretBytes input;  // read and not yet transformed: less than two blocks between calls
-    SecretBytes output; // transformed and not yet returned: less than three blocks between calls
-    SecretBytes chunk;  // where one read of the source goes; never shrinks
+    SecretBytes input;  // read but not transformed; less than two blocks between calls
+    SecretBytes output; // transformed but not returned; less than three blocks between calls
+    SecretBytes chunk;  // receives one read of the source; never shrinks
 };
 
 } // namespace Orv::Core::Encryption

@@ -14,7 +14,7 @@ namespace {
 
 using Run = std::vector<BlockRun>::iterator;
 
-constexpr std::ptrdiff_t LargestGroup = 8; // streams; more of them do not fit into the processor's fast cache
+constexpr std::ptrdiff_t LargestGroup = 8; // streams; more do not fit into the L1 cache
 constexpr std::size_t LargestBlock = 16;   // bytes
 
 auto cipherOf(const BlockRun& run)
@@ -23,19 +23,19 @@ auto cipherOf(const BlockRun& run)
     return std::make_tuple(std::type_index(typeid(cipher)), std::cref(run.stream->parallelKey));
 }
 
-/// Equal ciphers and keys next to each other, the longest run first.
+/// Orders runs by cipher and key, then by length, longest first.
 bool isBefore(const BlockRun& a, const BlockRun& b)
 {
     return std::tuple_cat(cipherOf(a), std::make_tuple(b.size)) < std::tuple_cat(cipherOf(b), std::make_tuple(a.size));
 }
 
-/// CBC (NIST SP 800-38A, 6.2) over one block of each run at a time, the longest run first. A run that ends leaves the
-/// others; the last one that is left continues alone.
+/// CBC (NIST SP 800-38A, 6.2) over one block of each run at a time. Runs are sorted by length, longest first: a
+/// finished run drops out, and the last remaining one continues alone.
 template <std::size_t BlockSize> void encryptInLockStep(Run first, Run last)
 {
     const BlockTransformation& cipher = *first->stream->parallelCipher;
     alignas(LargestBlock) std::array<byte, LargestGroup * BlockSize> plain;
-    alignas(LargestBlock) std::array<byte, LargestGroup * BlockSize> sealed; // which chains to the next block
+    alignas(LargestBlock) std::array<byte, LargestGroup * BlockSize> sealed; // input to the chaining of the next block
     for (Run run = first; run != last; ++run) {
         run->stream->mode->ProcessData(run->to, run->from, BlockSize);
         std::copy_n(run->to, BlockSize, sealed.data() + (run - first) * BlockSize);

@@ -7,7 +7,7 @@
 
 namespace Orv::Core::Encryption {
 
-/// Whole blocks of one stream, and where they go.
+/// Whole blocks of one stream and their destination.
 struct BlockRun {
     StreamTransformation* stream;
     const CryptoPP::byte* from;
@@ -15,9 +15,9 @@ struct BlockRun {
     std::size_t size; // bytes
 };
 
-/// Transforms each run as `stream->mode->ProcessData(to, from, size)` does, and leaves each mode in the same state.
-/// Runs that CBC encrypts with the same cipher and key advance together, since a single CBC stream waits for the
-/// processor after each block.
+/// Calls `stream->mode->ProcessData(to, from, size)` for each run, or produces the same output and state. Runs
+/// encrypted with CBC and the same cipher and key advance in lockstep: within one CBC stream, each block depends on the
+/// previous one, which leaves most of the processor's pipeline idle.
 void transformTogether(std::vector<BlockRun> runs);
 
 } // namespace Orv::Core::Encryption

@@ -12,7 +12,7 @@ namespace {
 
 QDateTime timeOf(qint64 milliseconds)
 {
-    // QFileInfo takes 0 for no time.
+    // QFileInfo treats 0 as no time.
     return milliseconds == 0 ? QDateTime().toUTC() : QDateTime::fromMSecsSinceEpoch(milliseconds, Qt::UTC);
 }
 
@@ -28,7 +28,7 @@ bool isLink(const char* path)
     return ::lstat(path, &status) == 0 && S_ISLNK(status.st_mode);
 }
 
-/// The rights of owner, group and others.
+/// The permissions of owner, group and others.
 QFile::Permissions permissionsOfMode(mode_t mode)
 {
     constexpr std::pair<mode_t, QFile::Permission> Rights[] = {
@@ -48,7 +48,7 @@ QFile::Permissions permissionsOfMode(mode_t mode)
     return permissions;
 }
 
-/// The rights of the user of the process. As in QFileInfo, any answer but "not permitted" ends the questions.
+/// The permissions of the user of the process. Like QFileInfo, stops at any error other than "not permitted".
 QFile::Permissions permissionsOfUser(const char* path)
 {
     constexpr std::pair<int, QFile::Permission> Rights[] = {
@@ -82,7 +82,7 @@ void FileInfo::refresh(const QString& path)
         refreshThroughQt(info);
         return;
     }
-    // QFileInfo asks the system eight times and takes dates through local time, which costs five times as much.
+    // QFileInfo makes eight system calls and converts dates through local time: five times as slow.
     const QByteArray nativePath = QFile::encodeName(filePath);
     FileStatus status;
     const bool exists = readStatus(nativePath, status);
@@ -100,7 +100,7 @@ void FileInfo::refresh(const QString& path)
     m_permissions = exists ? permissionsOfMode(status.mode) | permissionsOfUser(nativePath) : QFile::Permissions();
 }
 
-/// For what is not in the file system, such as Qt's resources.
+/// For entries outside the file system, such as Qt resources.
 void FileInfo::refreshThroughQt(const QFileInfo& info)
 {
     if (!info.exists() && !info.isSymLink()) {
@@ -117,7 +117,7 @@ void FileInfo::refreshThroughQt(const QFileInfo& info)
     m_permissions = info.permissions();
 }
 
-/// All but the paths.
+/// Resets everything but the paths.
 void FileInfo::reset()
 {
     m_isDir = false;

@@ -6,16 +6,17 @@
 
 namespace Orv::Core::FS {
 
-/// What the system reports of an entry, links followed. Times are in ms since 1970, UTC; 0: not known.
+/// The status of an entry; links are followed. Times are in milliseconds since 1970, UTC; 0 means unknown.
 struct FileStatus {
     mode_t mode = 0;
     qint64 size = 0; // bytes
     qint64 modified = 0;
-    qint64 changed = 0; // of the entry itself
+    qint64 changed = 0; // metadata
     qint64 born = 0;
 };
 
-/// One system call. False if there is nothing at `path`, in the system's encoding, or if it cannot be reached.
+/// Reads the status with one system call. `path` is in the system's encoding. False if it does not exist or cannot be
+/// accessed.
 bool readStatus(const char* path, FileStatus& status);
 
 } // namespace Orv::Core::FS

@@ -7,7 +7,7 @@
 namespace Orv::Core::Encryption {
 Q_NAMESPACE_EXPORT(ORV_EXPORT)
 
-/// The ciphers. The numbers are stored and exchanged with other programs. `QMetaEnum::fromType<Algorithm>()` lists them
+/// The ciphers. The values are stored and exchanged with other programs. `QMetaEnum::fromType<Algorithm>()` lists them
 /// with their names, `None` last.
 ///
 /// @warning Use DES and triple DES for existing data only: DES keys can be searched exhaustively, and 8-byte blocks are

@@ -31,7 +31,7 @@ class StreamTransformation;
 /// destroyed.
 class ORV_EXPORT EncryptorBase {
 public:
-    /// A new encryptor, owned by the caller; null for `None` and for values outside the enumeration.
+    /// Returns a new encryptor, owned by the caller; null for `None` and for values outside the enumeration.
     static EncryptorBase* create(Algorithm algorithm, bool encrypt, Type type);
 
     virtual ~EncryptorBase();
@@ -41,82 +41,81 @@ public:
     /// The algorithm passed to `create` or to the constructor.
     Algorithm algorithm() const { return m_algorithm; }
 
-    /// The device to read from. It is shared, has to be open, and is neither opened nor closed here.
+    /// Sets the device to read from. It is shared, has to be open, and is neither opened nor closed by this class.
     void setSource(QSharedPointer<QIODevice> source);
 
-    /// The raw key. Its length is checked by `init()`.
+    /// Sets the raw key. `init()` checks its length.
     void setKey(const QByteArray& key);
 
-    /// The IV, raw bytes. With `Cbc`, an empty IV generates a random one; read it from `iv()` and store it for
+    /// Sets the IV, raw bytes. With `Cbc`, an empty IV generates a random one; read it from `iv()` and store it for
     /// decryption. A second such call appends, and `init()` then throws. `Ecb` stores the IV and does not use it.
     void setIv(const QByteArray& iv);
     /// The stored IV, raw bytes.
     const QByteArray& iv() const { return m_iv; }
 
-    /// Creates the cipher from the key and the IV set before, and starts a new stream. False if the type is neither
-    /// `Cbc` nor `Ecb`. Throws the cipher library's exception for a key or IV of a wrong length.
+    /// Creates the cipher with the current key and IV and starts a new stream. False if the type is neither `Cbc` nor
+    /// `Ecb`. Throws the cipher library's exception for a key or IV of a wrong length.
     virtual bool init();
 
     /// Appends a random IV of the cipher's length to the stored one.
     virtual void generateIv() = 0;
 
-    /// Puts up to `maxSize` transformed bytes into `data` and returns how many.
+    /// Writes up to `maxSize` transformed bytes to `data` and returns their number.
     ///
-    /// Fewer bytes than `maxSize`, even none, do not mean the end: only `atEnd()` does. Once the end of the source has
-    /// been transformed, the next call returns all that is left at once, whatever its `maxSize`: less than three
-    /// cipher blocks. `data` needs room for `maxSize` bytes, and for 48 at least.
+    /// Fewer bytes than `maxSize`, or none, do not mean the end of the stream: only `atEnd()` does. After the end of
+    /// the source has been transformed, the next call returns the whole remainder, regardless of `maxSize`: less than
+    /// three cipher blocks. `data` needs room for `maxSize` bytes and at least 48.
     ///
-    /// The source is read once, for `maxSize` less what is held from earlier calls, rounded up to whole blocks. A
-    /// QBuffer opened in binary mode is read from its memory, without a call of `read()`; its position advances.
-    /// Needs a source and a successful `init()`.
+    /// Reads the source once, for `maxSize` minus the bytes buffered by earlier calls, rounded up to whole blocks. A
+    /// QBuffer opened in binary mode is read directly from its memory, without calling `read()`; its position advances.
+    /// Requires a source and a successful `init()`.
     ///
-    /// A source that fails gives no bytes and may look like one that has ended: check `sourceFailed()` before you
-    /// trust the result. A source is at its end when its `atEnd()` says so; a socket, a pipe or a process says so
-    /// whenever nothing has arrived yet, so collect what they send first.
+    /// A failing source yields no bytes and may look like the end of the stream: check `sourceFailed()` before you
+    /// trust the result. The source ends where its `atEnd()` returns true. Sockets, pipes and processes also return
+    /// true while no data has arrived: buffer their data first.
     ///
-    /// While decrypting, a stream that does not consist of whole blocks or ends in a wrong padding throws the cipher
-    /// library's exception in the call that meets the end of the source; `atEnd()` then stays false. After an exception
-    /// of the cipher library, call `init()` before the object is used again. An exception of the source changes
-    /// nothing here.
+    /// While decrypting, a stream with an incomplete block or wrong padding throws the cipher library's exception in
+    /// the call that reaches the end of the source; `atEnd()` then stays false. After an exception of the cipher
+    /// library, call `init()` before using the object again. An exception of the source leaves the object unchanged.
     qint64 readData(char* data, qint64 maxSize);
 
-    /// The same as `encryptors[i]->readData(data[i], maxSize)` for each `i`: result `i` and the bytes in `data[i]` are
-    /// those of that call.
+    /// Calls `encryptors[i]->readData(data[i], maxSize)` for each `i` and returns the results, but faster.
     ///
-    /// Members that encrypt with the same cipher, `Cbc` and the same key advance together, up to eight at a time, so
-    /// that the processor works on independent blocks: about three times as fast on one core with AES. All others are
-    /// read one after the other. Keys, algorithms, directions, lengths and ends may be mixed freely.
+    /// Encryptors that encrypt with the same cipher and key in `Cbc` mode advance in lockstep, up to eight at a time,
+    /// so that the processor works on independent blocks: two to three times as fast on one core with AES. All others
+    /// are read one after the other. Keys, algorithms, directions and lengths may be mixed freely.
     ///
-    /// Sources are read in the order of the list. Throws `Exception::Base`, with nothing read, if the lists differ in
-    /// length or an object is listed twice. After any other exception, no member is of further use before `init()`.
+    /// Sources are read in the order of the list. Throws `Exception::Base`, before reading anything, if the lists
+    /// differ in length or an object is listed twice. After any other exception, call `init()` on every encryptor
+    /// before using it again.
     static QVector<qint64> readTogether(
         const QVector<EncryptorBase*>& encryptors, const QVector<char*>& data, qint64 maxSize);
 
-    /// Writes the rest of the stream to `destination`, 64 KiB at a time, and flushes a file.
+    /// Writes the rest of the stream to `destination` in chunks of 64 KiB, and flushes it if it is a file.
     ///
-    /// False if the source fails, if it gives nothing although it is not at its end, or if the destination accepts
-    /// fewer bytes than it is given; what was written then stays written, and `init()` starts anew. Neither device is
-    /// closed. Compare
-    /// `bytesRead()` with the expected size: a source that became shorter is no failure. Throws what `readData` throws.
+    /// Returns false if the source fails, if it yields no data before its end, or if the destination accepts too few
+    /// bytes. Data already written stays there; `init()` starts a new stream. Neither device is closed. Compare
+    /// `bytesRead()` with the expected size: a source that became shorter is not an error. Throws the exceptions of
+    /// `readData`.
     bool writeTo(QIODevice& destination);
 
-    /// Whether everything has been returned.
+    /// Whether the whole stream has been returned.
     bool atEnd() const;
 
     /// Whether the source failed since `init()`: it was not open, a read returned -1, or a file reported an error.
     bool sourceFailed() const { return m_sourceFailed; }
 
-    /// How many bytes the source has given since `init()`. Compare it with the size that was expected: a file that is
-    /// truncated while it is read, or a special file of size 0, otherwise yields a valid short stream.
+    /// The number of bytes read from the source since `init()`. Compare it with the expected size: a file that is
+    /// truncated during the read, or a special file of size 0, yields a valid but shorter stream.
     qint64 bytesRead() const { return m_bytesRead; }
 
 protected:
-    /// Encrypts if `encrypt` is set, else decrypts.
+    /// Encrypts if `encrypt` is true, otherwise decrypts.
     EncryptorBase(Algorithm algorithm, bool encrypt, Type type);
 
-    /// Creates the mode of a block cipher class of the cipher library, then calls EncryptorBase::init().
+    /// Creates the mode for one of the cipher library's block ciphers, then calls EncryptorBase::init().
     template <class Cipher> bool initMode();
-    /// The cipher's block size in bytes. Each cipher class sets it in its constructor.
+    /// Sets the cipher's block size in bytes. Each cipher class calls it in its constructor.
     void setBlockSize(unsigned short size) { m_blockSize = size; }
     /// Appends `size` random bytes to the stored IV. Without a random source, throws the cipher library's exception.
     void appendRandomIv(unsigned short size);

@@ -9,60 +9,59 @@
 
 namespace Orv::Core::FS {
 
-/// What a file-system entry looked like at one moment: type, size, times and permissions are taken once, when the
-/// object is made or refreshed, and then stay. Existence, link, readability, name and suffix are asked anew on every
-/// call. Links are followed, but for `isSymLink()`.
+/// A snapshot of a file-system entry. Type, size, times and permissions are read once, when the object is constructed
+/// or refreshed. Existence, readability, hidden and link state are queried on every call; name and suffix come from the
+/// path. Links are followed, except by `isSymLink()`.
 ///
-/// Times are in UTC, so that snapshots compare across zones and daylight-saving changes. Nothing is reported: an entry
-/// that is gone gives an empty snapshot, and a dangling link one with null times and no permissions. A Finder alias is
-/// a regular file here, but `isSymLink()` is true for it. All answers are those of QFileInfo. May be read by several
-/// threads while none changes it.
+/// Times are in UTC, so snapshots compare across time zones and daylight-saving changes. Errors are not reported: a
+/// missing entry yields an empty snapshot, a dangling link one with null times and no permissions. A Finder alias is a
+/// regular file, but `isSymLink()` is true for it. All values are those of QFileInfo. Const functions are thread-safe
+/// while no other thread modifies the object.
 class ORV_EXPORT FileInfo {
 public:
-    /// Stands for nothing; does not ask the file system.
+    /// An empty snapshot; does not access the file system.
     FileInfo() = default;
     ///@{
-    /// The snapshot of what is there now.
+    /// Reads a snapshot of the entry.
     explicit FileInfo(const QString& path);
     explicit FileInfo(const QFileInfo& info);
     ///@}
 
-    /// Takes the snapshot anew, from what is at `path`; a link without a target is something. If there is nothing,
-    /// size, types, times and permissions are reset and both paths stay as they are: so they are empty in an object
-    /// that was made of a path with nothing there.
+    /// Reads the snapshot of the entry at `path`. A dangling link counts as existing. If nothing exists, everything but
+    /// the two paths is reset; so the paths stay empty if nothing existed at construction.
     void refresh(const QString& path);
-    /// The same from `absoluteFilePath()`.
+    /// Calls `refresh(absoluteFilePath())`.
     void refresh();
 
-    /// Whether there is something at the path, and at the target of a link, now.
+    /// Whether the entry exists now. False for a dangling link.
     bool isExist() const;
-    /// Whether it is a folder.
+    /// Whether it was a directory.
     bool isDir() const { return m_isDir; }
-    /// Whether it is a regular file.
+    /// Whether it was a regular file.
     bool isFile() const { return m_isFile; }
-    /// Whether it is a symbolic link.
+    /// Whether it is a symbolic link now.
     bool isSymLink() const;
-    /// Whether the user of the process may read it.
+    /// Whether the user of the process may read it now.
     bool isReadable() const;
-    /// Whether its name begins with a dot, or the system hides it in another way.
+    /// Whether its name begins with a dot or the system hides it.
     bool isHidden() const;
 
     /// The last part of the path.
     QString fileName() const;
-    /// What follows the last dot of the file name.
+    /// The part of the file name after the last dot.
     QString suffix() const;
-    /// The absolute path, cleaned of ".", ".." and needless slashes; links are not resolved.
+    /// The absolute path, without ".", ".." and redundant slashes; links are not resolved.
     const QString& absoluteFilePath() const { return m_absoluteFilePath; }
-    /// The path as it was given to `refresh`; the constructors give an absolute one.
+    /// The path as passed to `refresh`; absolute after construction.
     const QString& filePath() const { return m_filePath; }
 
-    /// The time of the last change of the content.
+    /// The modification time.
     const QDateTime& lastModified() const { return m_lastModified; }
-    /// The time of creation; where the file system does not keep one, that of the last change of the entry itself.
+    /// The creation time; the metadata change time if the file system does not store creation times.
     const QDateTime& birthTime() const { return m_birthTime; }
-    /// In bytes.
+    /// The size in bytes.
     qint64 size() const { return m_size; }
-    /// The rights of owner, group and others, and those of the user of the process.
+    /// The permissions of owner, group and others, and those of the user of the process.
     QFile::Permissions permissions() const { return m_permissions; }
 
 private:
