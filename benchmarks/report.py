@@ -212,10 +212,10 @@ def draw(rows, directory):
     script = f"""
 set terminal svg size 1000,{80 + 22 * len(rows)} font 'sans-serif,11'
 set output '{directory}/benchmarks.svg'
-set title 'Throughput of orvCore relative to the other: left of 1 slower, right of 1 faster; × is the target'
+set title 'orvCore: left of 1 slower, right of 1 faster (× target)'
 set logscale x 2
 set xrange [{first}:{last}]
-set xtics (0.125, 0.25, 0.5, 0.75, 1, 1.5, 2, 4, 8, 16, 32)
+set xtics (0.125, 0.25, 0.5, 1, 2, 4, 8, 16, 32)
 set yrange [-1:{len(rows)}]
 set grid xtics
 set arrow from 1,-1 to 1,{len(rows)} nohead linewidth 2

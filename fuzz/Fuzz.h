@@ -9,22 +9,22 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-// What the fuzz targets share. Those that need more than a text take their input apart with the FuzzedDataProvider:
-// numbers come from the input's end and the text from its beginning, so that the seeds can be read.
+// Shared by the fuzz targets. A FuzzedDataProvider reads numbers from the end of the input and strings from its
+// beginning, so the seeds are readable.
 
-/// The fuzzer's entry to a target.
+/// The entry point of a fuzz target.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
-/// Stops the process, by which the fuzzer takes notice of the input, if a property does not hold.
+/// Aborts the process, so that the fuzzer reports the input, unless the property holds.
 inline void require(bool holds, const char* property)
 {
     if (holds)
         return;
-    std::fprintf(stderr, "This does not hold: %s\n", property);
+    std::fprintf(stderr, "violated: %s\n", property);
     std::abort();
 }
 
-/// All bytes that are left.
+/// Returns the remaining input.
 inline QByteArray restOf(FuzzedDataProvider& input)
 {
     return QByteArray::fromStdString(input.ConsumeRemainingBytesAsString());

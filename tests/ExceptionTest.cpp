@@ -14,7 +14,7 @@ TYPED_TEST(ExceptionFamily, CarriesItsMessage)
     for (const QString& message : {QString(), QStringLiteral("Datei fehlt, und mehr als ein kurzer Text: größe ✓")}) {
         auto original = std::make_unique<TypeParam>(message);
         const TypeParam copy(*original);
-        original.reset(); // the copy has a text of its own
+        original.reset(); // the copy owns its message
         try {
             throw copy;
         } catch (const Orv::Exception::Base& exception) {

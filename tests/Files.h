@@ -11,7 +11,7 @@ inline void writeFile(const QString& path, const QByteArray& content)
         qFatal("%s cannot be written", qPrintable(path));
 }
 
-/// Nothing if there is no such file.
+/// Returns the content of a file; empty if it does not exist.
 inline QByteArray contentOf(const QString& path)
 {
     QFile file(path);

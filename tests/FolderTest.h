@@ -5,10 +5,10 @@
 
 #include <QTemporaryDir>
 
-/// A test with a folder of its own, which sees what is logged.
+/// A test with a temporary directory and a collector of log messages.
 class FolderTest : public testing::Test {
 protected:
-    QString placeOf(const QString& name) const { return m_folder.filePath(name); }
+    QString pathOf(const QString& name) const { return m_folder.filePath(name); }
 
     const QTemporaryDir m_folder;
     LoggedLines logged;

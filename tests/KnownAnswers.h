@@ -5,17 +5,17 @@
 
 #include <vector>
 
-/// A row of a table: its values by the names of the columns; the whole line by the name "row".
+/// A table row: its values by column name; the whole line has the name "row".
 using KnownAnswer = QMap<QByteArray, QByteArray>;
 
-/// A file of tests/data, or of the folder that ORV_TEST_DATA names.
+/// The path of a file in tests/data, or in the directory ORV_TEST_DATA.
 inline QString dataPath(const char* fileName)
 {
     return qEnvironmentVariable("ORV_TEST_DATA", QStringLiteral(ORV_TEST_DATA)) + '/' + QLatin1String(fileName);
 }
 
-/// Reads a table with a case a line: values separated by |, below a line with their names. Quotation marks around a
-/// value keep its white space; # begins a comment.
+/// Reads a table with one case per line: values separated by |, after a line with the column names. Quotes around a
+/// value keep its white space; # starts a comment.
 inline std::vector<KnownAnswer> tableOfAnswers(const char* fileName)
 {
     QFile file(dataPath(fileName));

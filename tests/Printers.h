@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-// GoogleTest, and how it shows values of a comparison that fails. Every test file gets this header by the compiler's
-// options: one without it would show bytes.
+// GoogleTest, and printers for its failure messages. The compiler options include this header in every test file,
+// because without it GoogleTest would print bytes.
 
 inline void PrintTo(const QByteArray& bytes, std::ostream* stream)
 {

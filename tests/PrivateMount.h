@@ -4,20 +4,20 @@
 #include <QString>
 #include <QTemporaryDir>
 
-/// A small file system of this process alone, mounted while it lives; only root can have one.
+/// A small file system in a private mount namespace, mounted during the lifetime of the object. Requires root.
 class PrivateMount {
 public:
-    /// An empty one of `size` bytes: of type "tmpfs" in memory, of another type in a file.
+    /// Mounts an empty file system of `size` bytes: "tmpfs" in memory, other types in an image file.
     PrivateMount(qint64 size, const char* type);
     ~PrivateMount();
     PrivateMount(const PrivateMount&) = delete;
     PrivateMount& operator=(const PrivateMount&) = delete;
 
-    /// Why it could not be mounted; null if it was.
+    /// Why the mount failed; null if it succeeded.
     QString reason() const { return m_reason; }
     QString path() const { return m_path; }
 
-    /// Gives a file an attribute of 600 bytes. False where there are none.
+    /// Adds an extended attribute of 600 bytes to a file. False if they are not supported.
     static bool addLargeAttribute(const QFile& file);
     /// From now on, reserving space stops half-way because the user's quota is used up. Quotas themselves need a kernel
     /// that was built with them.

@@ -1,6 +1,6 @@
 #include "PrivateMount.h"
 
-PrivateMount::PrivateMount(qint64, const char*) : m_reason(QStringLiteral("no process has mounts of its own on macOS"))
+PrivateMount::PrivateMount(qint64, const char*) : m_reason(QStringLiteral("macOS has no private mounts"))
 {
 }
 

@@ -4,7 +4,7 @@
 
 #include <sys/resource.h>
 
-/// The most memory that the process has had so far, in bytes.
+/// The peak memory of the process so far, in bytes.
 inline qint64 peakMemory()
 {
     rusage usage{};

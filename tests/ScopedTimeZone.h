@@ -4,10 +4,10 @@
 
 #include <ctime>
 
-/// Makes a zone the machine's local one while the result lives.
+/// Sets the local time zone during the lifetime of the result.
 [[nodiscard]] inline auto scopedTimeZone(const QByteArray& zone)
 {
-    const QByteArray before = qgetenv("TZ"); // null if it is not set
+    const QByteArray before = qgetenv("TZ"); // null if unset
     qputenv("TZ", zone);
     ::tzset();
     return qScopeGuard([before] {

@@ -12,8 +12,8 @@
 using namespace Orv::Core::Encryption;
 
 //! [key]
-// The salt is no secret: it is kept beside the encrypted data. The password's characters become bytes in the same way
-// on every client, here UTF-8.
+// The salt is not secret; store it with the encrypted data. Every client has to use the same encoding for the password,
+// here UTF-8.
 QByteArray keyOf(const QString& password, const QByteArray& salt)
 {
     return Key::generateAdvanced(Aes256, password.toUtf8(), salt, Key::ITERATION_ADVANCED);
@@ -21,37 +21,37 @@ QByteArray keyOf(const QString& password, const QByteArray& salt)
 //! [key]
 
 //! [copy]
-// Reads the source through the encryptor to its end. Memory does not grow with the file.
+// Reads the source through the encryptor to its end, in constant memory.
 void copy(EncryptorBase& encryptor, const QString& from, const QString& to)
 {
     const QSharedPointer<QFile> source(new QFile(from));
     QFile target(to);
     if (!source->open(QIODevice::ReadOnly) || !target.open(QIODevice::WriteOnly))
-        throw std::runtime_error("a file cannot be opened");
+        throw std::runtime_error("cannot open a file");
     encryptor.setSource(source);
     if (!encryptor.init())
-        throw std::runtime_error("there is no such cipher mode");
+        throw std::runtime_error("unknown cipher mode");
     if (!encryptor.writeTo(target))
-        throw std::runtime_error(encryptor.sourceFailed() ? "a file cannot be read" : "a file cannot be written");
+        throw std::runtime_error(encryptor.sourceFailed() ? "cannot read a file" : "cannot write a file");
     if (encryptor.bytesRead() != source->size())
         throw std::runtime_error("a file changed while it was read");
 }
 //! [copy]
 
 //! [encrypt]
-// Returns the IV, a new one for each file, which is kept beside it like the salt.
+// Returns the IV, a new one for each file; store it like the salt.
 QByteArray encrypt(const QString& from, const QString& to, const QByteArray& key)
 {
     const std::unique_ptr<EncryptorBase> encryptor(EncryptorBase::create(Aes256, true, Cbc));
     encryptor->setKey(key);
-    encryptor->setIv(QByteArray()); // makes a random one
+    encryptor->setIv(QByteArray()); // generates a random IV
     copy(*encryptor, from, to);
     return encryptor->iv();
 }
 //! [encrypt]
 
 //! [decrypt]
-// A wrong key or a damaged file usually throws at its end, but not always: store a MAC or a hash to be sure.
+// A wrong key or a damaged file usually throws at the end, but not always: store a MAC or a hash, too.
 void decrypt(const QString& from, const QString& to, const QByteArray& key, const QByteArray& iv)
 {
     const std::unique_ptr<EncryptorBase> decryptor(EncryptorBase::create(Aes256, false, Cbc));

@@ -1,4 +1,4 @@
-// The log of a process: set up once, then written to by everybody.
+// Configures the log of the process and writes to it.
 #include <Orv/Log/LogManager.h>
 #include <Orv/Log/OrvDebug.h>
 
@@ -11,7 +11,7 @@ int main()
 
     Orv::LogManager& log = Orv::LogManager::instance();
     log.setLogPath(folder.path());
-    log.setAppPrefix("example"); // the file is log_example.log
+    log.setAppPrefix("example"); // the file name is log_example.log
     log.setOutToFile(true);
     log.setLogLevel(Orv::LogManager::InfoHigh);
     log.init();

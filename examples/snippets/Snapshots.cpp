@@ -1,4 +1,4 @@
-// What a backup asks of a file: can it be backed up, what does it look like, has it changed since?
+// The checks of a backup: can the file be backed up, what are its properties, has it changed since?
 #include <Orv/Core/FS/FileInfo.h>
 #include <Orv/Utility/DateTimeCompare.h>
 #include <Orv/Utility/FileTypeCheck.h>
@@ -8,7 +8,7 @@
 using Orv::Core::FS::FileInfo;
 using Orv::Utility::DateTimeCompare;
 
-// Whole seconds, since the other side may keep no more.
+// Compares whole seconds, because the other side may not store more.
 static bool hasChanged(const FileInfo& before, const FileInfo& now)
 {
     const DateTimeCompare times(DateTimeCompare::Seconds);
@@ -35,7 +35,7 @@ int main()
     const FileInfo before(path);
     append(path, " and more");
     const FileInfo now(path);
-    // A snapshot stays as it was; only what is asked anew each time, such as isExist(), follows the file.
+    // A snapshot does not change, except for queries of the current state such as isExist().
     const bool isSnapshot = before.isFile() && before.size() == 9 && before.suffix() == "txt" && before.isExist();
 
     const bool isGood = isSuitable && isDeviceRefused && !reason.isEmpty() && isSnapshot &&

@@ -8,7 +8,7 @@ using Orv::Core::Compression;
 using Orv::Core::Platform;
 using Orv::Core::Version;
 
-TEST(Version, TextIsWholeAndNumberIsNull)
+TEST(Version, StringAndNullNumber)
 {
     EXPECT_EQ(Version::string(), "DOV_BUILD_VERSION=4.3.0.54");
     EXPECT_TRUE(Version::number().isNull());

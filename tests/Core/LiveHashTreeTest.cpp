@@ -23,7 +23,8 @@ QByteArray leaf(int number)
     return md5(QByteArray::number(number));
 }
 
-/// The hash of the leaves from `first` on, by the definition: the largest full tree on the left, the rest on the right.
+/// The hash of `count` leaves from `first` on, by definition: the largest complete tree on the left, the rest on the
+/// right.
 QByteArray definition(int first, int count)
 {
     if (count == 1)
@@ -43,7 +44,8 @@ TEST(LiveHashTree, AgreesWithTheDefinition)
         tree.reset();
         for (int i = 0; i < count; ++i) {
             tree.addNextHash(leaf(i));
-            ASSERT_EQ(tree.getCurrentState().size(), int(qPopulationCount(quint32(i + 1)))) << "as few as can be";
+            ASSERT_EQ(tree.getCurrentState().size(), int(qPopulationCount(quint32(i + 1))))
+                << "minimal number of subtrees";
         }
         tree.finish();
         ASSERT_EQ(tree.getFinalHash().toHex(), definition(0, count).toHex()) << count;
@@ -52,7 +54,7 @@ TEST(LiveHashTree, AgreesWithTheDefinition)
 
 TEST(LiveHashTree, WorkedExample)
 {
-    const QByteArray A = "A", B = "bb", C, D = "D", E = "E"; // of any length
+    const QByteArray A = "A", B = "bb", C, D = "D", E = "E"; // any length is allowed
     const QByteArray P = md5(md5(A + B) + md5(C + D));
     MD5LiveHashTree tree;
     for (const QByteArray& hash : {A, B, C, D, E})
@@ -66,7 +68,7 @@ TEST(LiveHashTree, WorkedExample)
     EXPECT_EQ(tree.getFinalHash(), md5(P + E));
 }
 
-TEST(LiveHashTree, ContinuesFromAState)
+TEST(LiveHashTree, ContinuesFromState)
 {
     MD5LiveHashTree whole;
     MD5LiveHashTree continued;
@@ -101,7 +103,7 @@ TEST(LiveHashTree, Misuse)
 
     tree.addNextHash("leaf");
     tree.finish();
-    EXPECT_EQ(tree.getFinalHash(), QByteArray("leaf")) << "unhashed";
+    EXPECT_EQ(tree.getFinalHash(), QByteArray("leaf")) << "not hashed again";
     EXPECT_THAT([&] { tree.getCurrentState(); }, ThrowsMessage<Orv::Exception::Base>("No state for finished tree."));
     tree.reset();
     EXPECT_THAT([&] { tree.getFinalHash(); }, ThrowsMessage<Orv::Exception::Base>("Hash tree not finished."));

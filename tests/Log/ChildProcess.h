@@ -18,17 +18,17 @@ struct Ending {
     int signal = 0;    // if a signal ended it
 };
 
-/// Runs `work` and then `exit(0)` in a child process: logging is set up once a process, and some of it ends the
-/// process. What the child writes to its standard streams goes to `outputPath`.
+/// Runs `work` and then `exit(0)` in a child process, because logging is configured once per process and some tests end
+/// the process. Redirects the child's standard streams to `outputPath`.
 inline Ending runInChild(const std::function<void()>& work, const QString& outputPath = QStringLiteral("/dev/null"))
 {
-    std::fflush(nullptr); // or the child would write it once more
+    std::fflush(nullptr); // otherwise the child would write it too
     const pid_t child = ::fork();
     if (child == 0) {
         const int output = ::open(QFile::encodeName(outputPath).constData(), O_WRONLY | O_CREAT | O_APPEND, 0600);
         ::dup2(output, STDOUT_FILENO);
         ::dup2(output, STDERR_FILENO);
-        ::alarm(300); // a child that hangs must not outlive its test
+        ::alarm(300); // ends a child that hangs
         work();
         std::exit(0);
     }
@@ -42,7 +42,7 @@ inline Ending runInChild(const std::function<void()>& work, const QString& outpu
     return ending;
 }
 
-/// Runs `work` in a child process and expects that it comes to its end and that nothing fails in it.
+/// Runs `work` in a child process and expects that it completes without failures.
 inline void expectInChild(const std::function<void()>& work, const QString& outputPath = QStringLiteral("/dev/null"))
 {
     const Ending ending = runInChild(

@@ -14,7 +14,7 @@ namespace {
 
 class CrashHandlerTest : public LogTest {
 protected:
-    /// Expects that a child process ends by the handler, and its report, which names a function, in `file`.
+    /// Expects that the handler ends a child process and that its report in `file` contains `function`.
     void expectReport(const QString& file, const std::function<void()>& crash, const char* function = "") const
     {
         QFile::remove(file);
@@ -49,7 +49,7 @@ void crashInsideMalloc()
     });
     while (!isRunning)
         std::this_thread::yield();
-    ::pthread_kill(thread.native_handle(), SIGSEGV); // not always, but most of the time
+    ::pthread_kill(thread.native_handle(), SIGSEGV); // in malloc() most of the time
     thread.join();
 }
 
@@ -103,24 +103,24 @@ TEST_F(CrashHandlerTest, CrashesAreReported)
     EXPECT_EQ(contentOf(log()).size(), 0);
 }
 
-TEST_F(CrashHandlerTest, CrashWhileTheLogIsHeldUpIsReported)
+TEST_F(CrashHandlerTest, ReportedWhileTheLogIsBlocked)
 {
     const QByteArray pipe = QFile::encodeName(path("pipe"));
     ASSERT_EQ(::mkfifo(pipe, 0600), 0);
-    const int reader = ::open(pipe, O_RDONLY | O_NONBLOCK); // ... that does not read
-    const auto heldUp = [&] {
+    const int reader = ::open(pipe, O_RDONLY | O_NONBLOCK); // never reads
+    const auto blocked = [&] {
         ::dup2(::open(pipe, O_WRONLY), STDOUT_FILENO);
         manager().setOutToStream(true);
         manager().init();
         std::thread([] { qInfo("%s", std::string(1 << 20, 'x').c_str()); }).detach();
         while (QFileInfo(log()).size() < 1 << 20) { }
-        std::raise(SIGSEGV); // the other thread is in the log, and will not leave
+        std::raise(SIGSEGV); // the other thread blocks while it holds the lock
     };
-    expectReport(log(), heldUp);
+    expectReport(log(), blocked);
     ::close(reader);
 }
 
-TEST_F(CrashHandlerTest, FirstInterruptQuitsTheApplicationAndTheSecondEndsItWithAnError)
+TEST_F(CrashHandlerTest, InterruptsQuitTheApplication)
 {
     const Lines expected = {
         "[INFO]: Quit the application (user request signal):2", "[INFO]: Application terminated..."};
@@ -140,7 +140,7 @@ TEST_F(CrashHandlerTest, FirstInterruptQuitsTheApplicationAndTheSecondEndsItWith
         EXPECT_EQ(logged(work), Lines(expected.begin(), expected.begin() + times));
     }
     const auto withoutHandler = [this] {
-        std::signal(SIGINT, SIG_DFL); // whoever started this may ignore it
+        std::signal(SIGINT, SIG_DFL); // the parent process may ignore it
         manager().setCrashHandler(false);
         LogManager::instance().init();
         std::raise(SIGINT);
@@ -153,7 +153,7 @@ TEST_F(CrashHandlerTest, InterruptsWhileThreadsLog)
     constexpr int Interrupts = 1000;
     std::map<std::string, int> count;
     for (const std::string& line : logged([&] {
-             qputenv("TZ", "Asia/Kathmandu"); // entries of signal handlers have the local time as well
+             qputenv("TZ", "Asia/Kathmandu"); // signal handlers use local time too
              ::tzset();
              manager().init();
              std::atomic<bool> done{false};
@@ -166,7 +166,7 @@ TEST_F(CrashHandlerTest, InterruptsWhileThreadsLog)
              std::thread interrupted(work, 1);
              for (int i = 0; i < Interrupts; ++i) {
                  ::pthread_kill(interrupted.native_handle(), SIGINT);
-                 for (const int before = written; written < before + 2;) // the signal has arrived by then
+                 for (const int before = written; written < before + 2;) // the signal has been delivered by then
                      std::this_thread::yield();
              }
              done = true;

@@ -15,13 +15,13 @@ class LogFileTest : public LogTest {
 protected:
     std::string path(const char* name) const { return LogTest::path(name).toStdString(); }
 
-    /// What the files of a directory hold: the rotated ones, the oldest first, and then the current one.
-    std::vector<std::string> contents(const char* folder = ".") const
+    /// The contents of the files in a directory: rotated files, the oldest first, then the current one.
+    std::vector<std::string> contents(const char* name = ".") const
     {
-        const QDir place(LogTest::path(folder));
+        const QDir directory(LogTest::path(name));
         std::vector<std::string> result;
-        for (const QString& name : place.entryList(QDir::Files, QDir::Name))
-            result.push_back(contentOf(place.filePath(name)).toStdString());
+        for (const QString& file : directory.entryList(QDir::Files, QDir::Name))
+            result.push_back(contentOf(directory.filePath(file)).toStdString());
         std::rotate(result.begin(), result.begin() + (result.empty() ? 0 : 1), result.end()); // "log." before "log_"
         return result;
     }
@@ -35,7 +35,7 @@ protected:
 
 constexpr std::size_t MaxSize = 10;
 
-/// The flags of the only descriptor that the process has of a file.
+/// The flags of the only descriptor that the process has for a file.
 std::string flagsOf(const std::string& path)
 {
     struct stat file { };
@@ -61,7 +61,7 @@ void limitFileSize(rlim_t size)
 
 } // namespace
 
-TEST_F(LogFileTest, RotatedNameHasTheTimeAndIsNotOverwritten)
+TEST_F(LogFileTest, RotatedNames)
 {
     const auto time = [](int seconds) {
         return QDateTime::currentDateTime().addSecs(seconds).toString(QStringLiteral("yyyyMMddhhmmss")).toStdString();
@@ -80,7 +80,7 @@ TEST_F(LogFileTest, RotatedNameHasTheTimeAndIsNotOverwritten)
         EXPECT_TRUE(earliest <= name && name <= latest) << name;
     }
     writeFile(QStringLiteral("log.log"), "content");
-    for (int second = 0; second < 60; ++second) // whichever second it is by then, there is a file of the new name
+    for (int second = 0; second < 60; ++second) // the new name is taken, whatever the current second
         writeFile(QString::fromStdString("log_" + time(second) + ".log"), "older");
     logsRollout("log.log", 0);
     logsRollout("none.log", 0);
@@ -88,7 +88,7 @@ TEST_F(LogFileTest, RotatedNameHasTheTimeAndIsNotOverwritten)
     EXPECT_EQ(QDir().entryList(QDir::Files).size(), 62);
 }
 
-TEST_F(LogFileTest, IsRotatedWithTheEntryThatFillsIt)
+TEST_F(LogFileTest, RotatedAfterTheEntryThatFillsIt)
 {
     using Texts = std::vector<std::string>;
     const std::tuple<const char*, Texts, Texts> rows[] = {{"", {"12345678\n"}, {"12345678\n"}},
@@ -106,28 +106,28 @@ TEST_F(LogFileTest, IsRotatedWithTheEntryThatFillsIt)
     }
 }
 
-TEST_F(LogFileTest, OpensTheFileAgainWhenThatIsPossible)
+TEST_F(LogFileTest, ReopensTheFile)
 {
-    writeFile(LogTest::path("folder"), {}); // where not even root can make anything then
-    LogFile log(path("folder/log.log"), MaxSize);
+    writeFile(LogTest::path("directory"), {}); // a regular file instead of the directory blocks root too
+    LogFile log(path("directory/log.log"), MaxSize);
     log.append("lost\n");
-    EXPECT_EQ(::unlink(path("folder").c_str()), 0);
+    EXPECT_EQ(::unlink(path("directory").c_str()), 0);
     log.append("kept\n");
-    EXPECT_THAT(contents("folder"), ElementsAre("kept\n"));
-    QDir(LogTest::path("folder")).removeRecursively();
+    EXPECT_THAT(contents("directory"), ElementsAre("kept\n"));
+    QDir(LogTest::path("directory")).removeRecursively();
     log.append("in the deleted file\n");
     log.append("last\n");
-    EXPECT_THAT(contents("folder"), ElementsAre("last\n"));
+    EXPECT_THAT(contents("directory"), ElementsAre("last\n"));
 
     EXPECT_EQ(::mkfifo(path("pipe").c_str(), 0600), 0);
-    LogFile(path("pipe"), MaxSize).append("nobody reads this\n"); // and nobody waits for that
+    LogFile(path("pipe"), MaxSize).append("nobody reads this\n"); // must not block
 }
 
-TEST_F(LogFileTest, GrowsAsLongAsItsFolderRefuses)
+TEST_F(LogFileTest, GrowsWhileTheRenameFails)
 {
     LogFile log(path("log.log"), MaxSize);
     log.append("first\n");
-    if (::geteuid() == 0) { // root would not be refused
+    if (::geteuid() == 0) { // permissions do not apply to root
         EXPECT_EQ(::chown(path("").c_str(), 65534, 65534) + ::chown(path("log.log").c_str(), 65534, 65534), 0);
         EXPECT_EQ(::seteuid(65534), 0);
     }
@@ -141,9 +141,9 @@ TEST_F(LogFileTest, GrowsAsLongAsItsFolderRefuses)
     EXPECT_EQ(::seteuid(::getuid()), 0);
 }
 
-TEST_F(LogFileTest, EntryAfterAFullDiskBeginsALine)
+TEST_F(LogFileTest, EntryAfterAFullDiskStartsANewLine)
 {
-    { // opened without a limit, and with one, whose signal must not end the process
+    { // opened first without and then with a limit, whose signal must not end the process
         LogFile log(path("log.log"), 0);
         log.append("before\n");
     }

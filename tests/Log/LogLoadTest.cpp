@@ -33,7 +33,7 @@ TEST_F(LogLoad, NoLineIsLostAtRotations)
             ASSERT_TRUE(end == 'd' && thread >= 0 && thread < Threads && number == next[size_t(thread)]++) << line;
         }
         EXPECT_THAT(next, testing::Each(LinesEach));
-        EXPECT_TRUE(!hasShadow || entries({shadow()}) == lines) << "both logs have the lines in one order";
+        EXPECT_TRUE(!hasShadow || entries({shadow()}) == lines) << "same order in both logs";
     }
 }
 
@@ -45,14 +45,14 @@ TEST_F(LogLoad, ForkedProcessesLog)
     constexpr int Children = ORV_LOAD_LINES / 1000;
     expectInChild([&] {
         manager().init();
-        qInfo("first"); // what Qt sets up once must be there: a fork in the middle of that would leave it locked
+        qInfo("first"); // initialises Qt: a fork during that would leave its locks taken
         OrvDebug("a").info() << "first";
         std::atomic<bool> done{false};
         inThreads(4, [&](int thread) {
             while (thread > 1 && !done)
                 qInfo("text");
             while (thread == 1 && !done)
-                std::thread([] { OrvDebug("a").info() << "text"; }).join(); // takes the lock of the thread numbers too
+                std::thread([] { OrvDebug("a").info() << "text"; }).join(); // also locks the thread numbers
             for (int i = 0; thread == 0 && i < Children && !HasFailure(); ++i) {
                 const Ending ending = runInChild([] {
                     OrvDebug("a").info() << "child";

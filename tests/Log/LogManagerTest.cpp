@@ -13,7 +13,7 @@ struct ThrowingBuffer : std::streambuf {
     int overflow(int) override { throw std::runtime_error("no output"); }
 };
 
-std::atomic<int> largeAllocationsLeft{-1}; // before one of them fails; negative: none does
+std::atomic<int> largeAllocationsLeft{-1}; // until one fails; negative: none fails
 
 } // namespace
 
@@ -34,7 +34,7 @@ void operator delete(void* memory, std::size_t) noexcept
     std::free(memory);
 }
 
-TEST_F(LogManagerTest, NothingIsWrittenUnlessAsked)
+TEST_F(LogManagerTest, WritesNothingByDefault)
 {
     const auto work = [this] {
         manager().setOutToFile(false);
@@ -60,12 +60,12 @@ TEST_F(LogManagerTest, StandardOutputAndRawOutput)
         qInfo("größe");
     };
     EXPECT_THAT(logged(stream), ElementsAre("[INFO]: größe"));
-    EXPECT_EQ(contentOf(output()), contentOf(log())) << "no colors, and the shadow log stays off the screen";
+    EXPECT_EQ(contentOf(output()), contentOf(log())) << "no colors, no shadow log";
     EXPECT_EQ(entries({shadow()}), entries({log()}));
 
     const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
     ASSERT_TRUE(::grantpt(terminal) == 0 && ::unlockpt(terminal) == 0);
-    const int open = ::open(::ptsname(terminal), O_RDWR | O_NOCTTY); // or what was shown would be lost
+    const int open = ::open(::ptsname(terminal), O_RDWR | O_NOCTTY); // otherwise the output would be lost
     EXPECT_EQ(runInChild(stream, QString::fromLocal8Bit(::ptsname(terminal))).exitCode, 0);
     char shown[6] = "";
     EXPECT_EQ(::read(terminal, shown, 5), 5);
@@ -82,11 +82,11 @@ TEST_F(LogManagerTest, StandardOutputAndRawOutput)
     EXPECT_EQ(contentOf(output()), "raw\n");
 }
 
-TEST_F(LogManagerTest, ChangesAndDeletedLogsWaitForReconfigure)
+TEST_F(LogManagerTest, ReconfigureAppliesChangesAndReplacesDeletedLogs)
 {
     const auto work = [&] {
         EXPECT_TRUE(!manager().isInit() && manager(true).init() && manager(true).isInit());
-        LogManager::instance().setAppPrefix(QStringLiteral("p%datetime")); // no placeholders
+        LogManager::instance().setAppPrefix(QStringLiteral("p%datetime")); // not expanded
         LogManager::instance().setLogPath(path("a%1b%2"));
         EXPECT_TRUE(LogManager::instance().init());
         qInfo("first");
@@ -98,7 +98,7 @@ TEST_F(LogManagerTest, ChangesAndDeletedLogsWaitForReconfigure)
     EXPECT_THAT(entries({shadow()}), ElementsAre("[INFO]: second"));
 }
 
-TEST_F(LogManagerTest, EntriesAreWrittenAsTheyAre)
+TEST_F(LogManagerTest, EntriesAreWrittenVerbatim)
 {
     const auto work = [&] {
         manager().init();
@@ -117,7 +117,7 @@ TEST_F(LogManagerTest, EntriesAreWrittenAsTheyAre)
             "\tFunction: ", "\tCategory: 0.orv.log", "\tLine: 0"));
 }
 
-TEST_F(LogManagerTest, FatalIsInEachLogBeforeTheEnd)
+TEST_F(LogManagerTest, FatalMessagesReachBothLogs)
 {
     for (const auto level : {LogManager::Disabled, LogManager::Info}) {
         QFile::remove(shadow());
@@ -132,7 +132,7 @@ TEST_F(LogManagerTest, FatalIsInEachLogBeforeTheEnd)
     }
 }
 
-TEST_F(LogManagerTest, ConfiguredAnewWhileThreadsLog)
+TEST_F(LogManagerTest, ReconfiguredWhileThreadsLog)
 {
     const Lines lines = logged([&] {
         manager(true).init();
@@ -145,7 +145,7 @@ TEST_F(LogManagerTest, ConfiguredAnewWhileThreadsLog)
     EXPECT_EQ(entries({shadow()}), lines);
 }
 
-TEST_F(LogManagerTest, EntryThatFailsOnTheWayDoesNotHoldUpOthers)
+TEST_F(LogManagerTest, FailedEntriesDoNotBlockOthers)
 {
     for (const bool isRaw : {false, true}) {
         const auto work = [&] {
@@ -156,7 +156,7 @@ TEST_F(LogManagerTest, EntryThatFailsOnTheWayDoesNotHoldUpOthers)
             manager().setRawOutput(isRaw);
             manager().init();
             inThreads(2, [](int) { qInfo("text"); });
-            ::_exit(testing::Test::HasFailure()); // leaves the buffer in its place
+            ::_exit(testing::Test::HasFailure()); // without restoring the buffer
         };
         EXPECT_THAT(logged(work), ElementsAre("[INFO]: text", "[INFO]: text"));
     }

@@ -27,7 +27,7 @@ using testing::ElementsAre;
 
 using Lines = std::vector<std::string>;
 
-/// A directory for logs, and what they hold. The log is configured in child processes: that works once a process.
+/// A temporary directory for logs, and their content. Logging is configured in child processes, once per process.
 class LogTest : public testing::Test {
 protected:
     QString path(const char* name) const { return m_folder.filePath(QLatin1String(name)); }
@@ -44,7 +44,7 @@ protected:
         return paths + QStringList(log());
     }
 
-    /// Sets the log up in the test's directory, with the file and the crash handler on.
+    /// Configures the log in the test's directory, with log file and crash handler.
     LogManager& manager(bool hasShadow = false) const
     {
         LogManager& manager = LogManager::instance();
@@ -56,8 +56,8 @@ protected:
         return manager;
     }
 
-    /// The lines of files without the date and time, and with N for the number of the thread, which depends on what the
-    /// process did before.
+    /// The lines of files, without date and time, and with N for the thread number, which depends on earlier messages
+    /// of the process.
     static Lines entries(const QStringList& paths)
     {
         Lines result;
@@ -75,7 +75,7 @@ protected:
         return result;
     }
 
-    /// What `work` in a child process leaves in new logs.
+    /// Runs `work` in a child process with new logs. Returns their entries.
     Lines logged(const std::function<void()>& work) const
     {
         for (const QString& file : logs() + QStringList{shadow(), output()})

@@ -4,12 +4,13 @@
 #include <QRegularExpression>
 #include <QStringList>
 
-/// Collects what is logged while it lives, as "error: text"; component and thread are left out of the library's lines.
+/// Collects the messages logged during its lifetime, as "error: message", without the component and thread of the
+/// library's messages.
 class LoggedLines {
 public:
     LoggedLines()
     {
-        QLoggingCategory::setFilterRules(QString()); // every category as it is by default: on
+        QLoggingCategory::setFilterRules(QString()); // enables all categories
         all().clear();
         qInstallMessageHandler(add);
     }
@@ -17,7 +18,7 @@ public:
     LoggedLines(const LoggedLines&) = delete;
     LoggedLines& operator=(const LoggedLines&) = delete;
 
-    /// What has come since the last call.
+    /// Returns the messages since the last call.
     QStringList take() { return std::exchange(all(), {}); }
 
 private:

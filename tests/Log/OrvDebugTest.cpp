@@ -5,7 +5,7 @@
 
 using OrvDebugTest = LogTest;
 
-TEST_F(OrvDebugTest, LevelsDecideWhatIsWritten)
+TEST_F(OrvDebugTest, Levels)
 {
     const std::tuple<QDebug (OrvDebug::*)() const, const char*, const char*> openers[] = {
         {&OrvDebug::debug, "DEBUG", "d.orv.log"}, {&OrvDebug::debugOnly, "DEBUG", "d.orv.log"},
@@ -41,14 +41,14 @@ TEST_F(OrvDebugTest, LevelsDecideWhatIsWritten)
     EXPECT_EQ(OrvDebug("a").debug().verbosity(), QDebug::DefaultVerbosity);
 }
 
-TEST_F(OrvDebugTest, ThreadNumbersFollowFirstUse)
+TEST_F(OrvDebugTest, ThreadNumbers)
 {
     const quint64 ofParent = threadId();
     expectInChild([ofParent] {
         QLoggingCategory::setFilterRules(QStringLiteral("d.orv.log.debug=false"));
         const quint64 own = threadId();
-        EXPECT_GT(own, ofParent) << "a forked process has a thread of its own";
-        inThreads(1, [](int) { OrvDebug("a").debug() << "off"; }); // numbers its thread all the same
+        EXPECT_GT(own, ofParent) << "a forked process has a new thread";
+        inThreads(1, [](int) { OrvDebug("a").debug() << "off"; }); // numbers its thread too
         std::array<quint64, 8> numbers{};
         inThreads(8, [&numbers](int thread) { numbers[std::size_t(thread)] = threadId(); });
         std::sort(numbers.begin(), numbers.end());

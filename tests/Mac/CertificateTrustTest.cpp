@@ -13,7 +13,7 @@ using Orv::Utitlity::CheckPackageSignature;
 
 namespace {
 
-/// Certificates of the openssl program, in a folder of their own.
+/// Generates certificates with the openssl program, in a temporary directory.
 class CertificateTrustTest : public FolderTest {
 protected:
     void SetUp() override
@@ -24,7 +24,7 @@ protected:
         ASSERT_TRUE(script.waitForFinished());
         ASSERT_EQ(script.exitCode(), 0) << script.readAllStandardError().toStdString();
         for (const QString& name : QDir(m_folder.path()).entryList({"*.der"}))
-            m_stored[name.chopped(4).toUtf8()] = contentOf(placeOf(name));
+            m_stored[name.chopped(4).toUtf8()] = contentOf(pathOf(name));
         const QByteArray direct = m_stored["direct"];
         m_stored["text"] = "no certificate";
         m_stored["cut"] = direct.chopped(1);
@@ -35,14 +35,14 @@ protected:
 
     CheckPackageSignature::Result resultFor(const QList<QByteArray>& certificates) const
     {
-        writeFile(placeOf("package"), signedArchive(certificates).bytes());
-        return CheckPackageSignature(placeOf("package")).check_();
+        writeFile(pathOf("package"), signedArchive(certificates).bytes());
+        return CheckPackageSignature(pathOf("package")).check_();
     }
 
-    /// The system's anchors, as OpenSSL sees them: one file and no folder.
+    /// Sets the system's trust anchors for OpenSSL: one file, no directory.
     void setAnchors(const QString& name) const
     {
-        qputenv("SSL_CERT_FILE", QFile::encodeName(placeOf(name)));
+        qputenv("SSL_CERT_FILE", QFile::encodeName(pathOf(name)));
         qputenv("SSL_CERT_DIR", "/dev/null");
     }
 
@@ -53,7 +53,7 @@ protected:
 
 TEST_F(CertificateTrustTest, Chains)
 {
-    // In a process of its own, whose environment may have other anchors
+    // In a child process, because the anchors are set in the environment
     expectInChild(
         [this] {
             for (const KnownAnswer& row : tableOfAnswers("chains.txt")) {
@@ -73,5 +73,5 @@ TEST_F(CertificateTrustTest, Chains)
                 EXPECT_EQ(resultFor(certificates) == CheckPackageSignature::Trusted, size == 100) << size;
             }
         },
-        placeOf("output"));
+        pathOf("output"));
 }

@@ -14,15 +14,15 @@ using Orv::Utility::FileProviderMac;
 
 namespace {
 
-/// The system, with the answers that a test wants.
-struct StandIn : CloudItem {
-    StandIn(bool ubiquitous, const QString& status, bool accepting)
-        : isInCloud(ubiquitous), answer(status), accepts(accepting)
+/// A fake of the system with fixed results.
+struct FakeItem : CloudItem {
+    FakeItem(bool ubiquitous, const QString& status, bool accepting)
+        : isInCloud(ubiquitous), statusText(status), accepts(accepting)
     {
     }
 
     const bool isInCloud;
-    const QString answer;
+    const QString statusText;
     const bool accepts;
     int requests = 0;
     CloudSetup cloud = {"anna", "Anna Smith", "/Users/anna", "<token>", "file:///cloud/"};
@@ -30,13 +30,13 @@ struct StandIn : CloudItem {
     QString path() const override { return "/Users/anna/file"; }
     CloudSetup setup() const override { return cloud; }
     bool isUbiquitous() const override { return isInCloud; }
-    QString status() const override { return answer; }
+    QString status() const override { return statusText; }
     Statuses statuses() const override { return {"newest", "here", "in the cloud"}; }
     bool startDownloading() override { return ++requests > 0 && accepts; }
 };
 
 struct Provider : FileProviderMac {
-    explicit Provider(StandIn* item) : FileProviderMac(std::unique_ptr<CloudItem>(item), nullptr) { }
+    explicit Provider(FakeItem* item) : FileProviderMac(std::unique_ptr<CloudItem>(item), nullptr) { }
 };
 
 QString environment()
@@ -52,14 +52,14 @@ TEST(FileProviderMac, StatesAndSignals)
         SCOPED_TRACE(row["row"].constData());
         const auto number = [&row](const char* column) { return row[column].toInt(); };
         LoggedLines log;
-        auto* const item = new StandIn(number("ubiquitous"), row["answer"], number("accepts"));
+        auto* const item = new FakeItem(number("ubiquitous"), row["system status"], number("accepts"));
         Provider provider(item);
         int signalCount = 0;
         QObject::connect(&provider, &FileProviderMac::downloadingStarted, [&signalCount] { ++signalCount; });
         EXPECT_EQ(provider.isUbiquitous(), number("ubiquitous"));
         EXPECT_EQ(provider.downloadingStatus(), number("status"));
         EXPECT_EQ(item->requests, 0);
-        EXPECT_EQ(log.take().size(), 2 * 2) << "a trace for each question";
+        EXPECT_EQ(log.take().size(), 2 * 2) << "two messages per query";
         for (int call = 1; call <= 2; ++call) {
             provider.startDownloading();
             EXPECT_EQ(item->requests, call * number("request"));
@@ -77,7 +77,7 @@ TEST(FileProviderMac, Trace)
                           "\n\tubiquity identity token: %2 \n\troot url: %3 "
                           "\n################################################################################";
     for (const bool is : {true, false}) {
-        auto* const item = new StandIn(is, QString(), true);
+        auto* const item = new FakeItem(is, QString(), true);
         if (!is)
             item->cloud.identityToken = item->cloud.rootUrl = QString();
         LoggedLines log;

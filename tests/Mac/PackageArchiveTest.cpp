@@ -36,14 +36,14 @@ QByteArray withTable(const QByteArray& table)
     return changed([&](XarArchive& a) { a.table = table; });
 }
 
-/// The archive of a row of packages.txt.
+/// The archive described by a row of packages.txt.
 QByteArray archiveOf(const KnownAnswer& row)
 {
     static const QRegularExpression checksum("&(\\w+) (\\d+) (\\d+);");
     XarArchive archive;
     for (const QByteArray& field : row["header"].split(' '))
         archive.header[field.left(field.indexOf('='))] = field.mid(field.indexOf('=') + 1).toULongLong(nullptr, 0);
-    archive.afterHeader = QByteArray::fromPercentEncoding(row["after it"]);
+    archive.afterHeader = QByteArray::fromPercentEncoding(row["after header"]);
     archive.heapStart = QByteArray(int(archive.header["heap"]), 'h');
     QString contents = row["table"];
     contents.replace(checksum, "<checksum style='\\1'><offset>\\3</offset><size>\\2</size></checksum>");
@@ -54,7 +54,7 @@ QByteArray archiveOf(const KnownAnswer& row)
 
 class PackageArchive : public FolderTest {
 protected:
-    /// The warning without the path, and whether result and list go with it.
+    /// Returns the logged warning without the path. Expects the result and the list to match it.
     std::string warningFor(const QByteArray& content)
     {
         writeFile(path, content);
@@ -65,7 +65,7 @@ protected:
         return QString(warning).remove(QLatin1String("warning: ")).remove(path).toStdString();
     }
 
-    const QString path = placeOf("package");
+    const QString path = pathOf("package");
 };
 
 } // namespace
@@ -84,14 +84,14 @@ TEST_F(PackageArchive, DamagedArchives)
         {"a byte less", changed([](XarArchive& a) { a.header["table"] = a.table.size() - 1; })},
         {"a byte more", changed([](XarArchive& a) { a.header["table"] = a.table.size() + 1; })},
         {"not compressed", changed([](XarArchive& a) { a.compressed = a.table; })},
-        {"a byte behind", changed([](XarArchive& a) { a.compressed = qCompress(a.table).mid(4) + 'x'; })},
+        {"a trailing byte", changed([](XarArchive& a) { a.compressed = qCompress(a.table).mid(4) + 'x'; })},
         {"another checksum", changed([](XarArchive& a) { a.checksum = QByteArray(20, 'x'); })},
     };
     for (const auto& [name, archive] : archives)
         EXPECT_EQ(warningFor(archive), NOT_OPENED) << name;
 }
 
-TEST_F(PackageArchive, EveryTruncationAndEveryWrongByteIsNoticed)
+TEST_F(PackageArchive, EveryTruncationAndWrongByteIsDetected)
 {
     const QByteArray whole = signedArchive(CHAIN).bytes();
     for (int size = 0; size < whole.size(); ++size)
@@ -103,7 +103,7 @@ TEST_F(PackageArchive, EveryTruncationAndEveryWrongByteIsNoticed)
     }
 }
 
-// Each of these would take minutes or gigabytes if it were read to its end by the book.
+// Without limits, each of these would take minutes or gigabytes.
 TEST_F(PackageArchive, BoundedMemoryAndTime)
 {
     const int room = (4 << 20) - 2048;
@@ -151,22 +151,22 @@ TEST_F(PackageArchive, BoundedMemoryAndTime)
          })},
         {"a large compressed table", NOT_OPENED,
             changed([](XarArchive& a) { a.compressed = QByteArray(100 << 20, 'x'); })},
-        {"a large file behind", OPENED, signedArchive(CHAIN).bytes() + bomb},
+        {"a large trailer", OPENED, signedArchive(CHAIN).bytes() + bomb},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        // In a process of its own, whose peak is that of this row.
+        // In a child process, to measure the peak of this row alone.
         expectInChild([this, &row] {
-            ::malloc_trim(0); // memory that is at hand already would not count
+            ::malloc_trim(0); // free memory of the heap would hide new allocations
             QFile peak(QStringLiteral("/proc/self/clear_refs"));
             if (peak.open(QIODevice::WriteOnly))
-                peak.write("5"); // nor would what the tests before had: the peak begins anew
+                peak.write("5"); // resets the peak
             peak.close();
             const qint64 before = peakMemory();
-            const std::clock_t start = std::clock(); // time of the processor
+            const std::clock_t start = std::clock(); // CPU time
             EXPECT_EQ(warningFor(row.content), row.warning);
             CheckPackageSignature(path).check_();
-            // Twice: the XML reader of Qt 6 takes longer than that of Qt 5 for the prefixes.
+            // Twice the limit, because the XML reader of Qt 6 is slower with many prefixes.
             EXPECT_LT(std::clock() - start, 2 * ORV_TIME_LIMIT * CLOCKS_PER_SEC);
             EXPECT_LT(peakMemory() - before, qint64(ORV_MEMORY_LIMIT) << 20);
         });

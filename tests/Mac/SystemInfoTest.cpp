@@ -9,7 +9,7 @@ using Orv::Utility::SystemInfo;
 
 namespace {
 
-/// A list of the system with this version; behind "raw:" stands what else there is, in percent encoding.
+/// A version list of the system. After "raw:", the content itself, percent-encoded.
 QByteArray listOf(const QByteArray& version)
 {
     if (version.startsWith("raw:"))
@@ -29,9 +29,9 @@ TEST_F(SystemInfoTest, VersionLists)
     for (const KnownAnswer& row : tableOfAnswers("systemversions.txt")) {
         for (const auto& [column, name] :
             {std::pair("list", "SystemVersion.plist"), {"hidden list", ".SystemVersionPlatform.plist"}}) {
-            QFile::remove(placeOf(name));
+            QFile::remove(pathOf(name));
             if (row[column] != "none")
-                writeFile(placeOf(name), listOf(row[column]));
+                writeFile(pathOf(name), listOf(row[column]));
         }
         EXPECT_EQ(macOsVersion(m_folder.path() + '/'), row["version"]) << row["row"].constData();
     }

@@ -10,12 +10,12 @@
 #include <algorithm>
 #include <optional>
 
-/// Writes xar archives, good ones and others: what is left unset is made as it should be.
+/// Generates valid and damaged xar archives: unset fields get their correct values.
 struct XarArchive {
-    QMap<QByteArray, quint64> header; // by the names in `bytes`
-    QByteArray afterHeader;           // the name of the algorithm, for one
+    QMap<QByteArray, quint64> header; // by the field names in `bytes()`
+    QByteArray afterHeader;           // for example the name of the algorithm
     QByteArray table;
-    QByteArray heapStart; // what lies in the heap before the checksum
+    QByteArray heapStart; // content of the heap before the checksum
     std::optional<QByteArray> compressed;
     std::optional<QByteArray> checksum;
 
@@ -23,7 +23,8 @@ struct XarArchive {
     {
         static const QCryptographicHash::Algorithm algorithms[] = {QCryptographicHash::Sha1, QCryptographicHash::Sha1,
             QCryptographicHash::Md5, QCryptographicHash::Sha256, QCryptographicHash::Sha512};
-        const QByteArray body = compressed.value_or(qCompress(table).mid(4)); // a plain zlib stream behind a length
+        const QByteArray body =
+            compressed.value_or(qCompress(table).mid(4)); // qCompress() adds a length to the zlib stream
         const quint64 algorithm = header.value("algorithm", 1);
         QByteArray result;
         QDataStream stream(&result, QIODevice::WriteOnly);
@@ -36,7 +37,7 @@ struct XarArchive {
     }
 };
 
-/// With Base64 in lines, as archivers write it.
+/// With Base64 in lines, like archivers.
 inline QByteArray certificateElements(const QList<QByteArray>& certificates)
 {
     QByteArray elements;
@@ -54,7 +55,7 @@ inline QByteArray signatureElement(const QByteArray& certificateElements)
         certificateElements + "</X509Data></KeyInfo></signature>\n";
 }
 
-/// That an archive as installers come has.
+/// The checksum element of a real installer package.
 const QByteArray ChecksumElement = "<checksum style=\"sha1\"><offset>0</offset><size>20</size></checksum>\n";
 
 inline QByteArray tableOf(const QByteArray& elements)
@@ -63,7 +64,7 @@ inline QByteArray tableOf(const QByteArray& elements)
         "<file id=\"1\"><name>Distribution</name><type>file</type></file>\n</toc>\n</xar>\n";
 }
 
-/// An archive as installers come: a SHA-1 checksum and a signature with these certificates.
+/// An archive like a real installer package: a SHA-1 checksum and a signature with these certificates.
 inline XarArchive signedArchive(const QList<QByteArray>& certificates)
 {
     XarArchive archive;

@@ -10,7 +10,7 @@
 
 using Orv::Utility::DSTSafe;
 
-TEST(DSTSafe, TimesInAGapAreMovedOn)
+TEST(DSTSafe, TimesInAGap)
 {
     for (const KnownAnswer& row : tableOfAnswers("dst.txt")) {
         SCOPED_TRACE(row["row"].constData());
@@ -36,7 +36,7 @@ TEST(DSTSafe, KeepsTheWallClock)
     EXPECT_EQ(safe.toQDateTime().toString(Qt::ISODateWithMs), "2024-03-10T03:30:00.000");
 
     const QDateTime zoned(QDate(2024, 3, 10), QTime(2, 30), QTimeZone("Asia/Kolkata"));
-    EXPECT_EQ(DSTSafe::check(zoned), zoned) << "a valid time stays as it is";
+    EXPECT_EQ(DSTSafe::check(zoned), zoned) << "valid times are unchanged";
     EXPECT_EQ(DSTSafe::check(zoned).timeZone(), zoned.timeZone());
 
     const QDateTime before = QDateTime::currentDateTime();
@@ -57,9 +57,9 @@ TEST(DSTSafe, ShrinkSeconds)
 
 using DateTimeBoot = FolderTest;
 
-TEST_F(DateTimeBoot, ReadsTheDatabaseOn)
+TEST_F(DateTimeBoot, ReadsTheNextRecord)
 {
-    const QString path = placeOf("utmp");
+    const QString path = pathOf("utmp");
     QByteArray records;
     for (const auto& [type, seconds] :
         {std::pair(USER_PROCESS, 1), {BOOT_TIME, 1700000000}, {RUN_LVL, 2}, {BOOT_TIME, -1}}) {

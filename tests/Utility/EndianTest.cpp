@@ -11,8 +11,8 @@ namespace {
 
 template <class T> using Reader = T (*)(const QByteArray&, int);
 
-/// Writes a value into the middle of an array and reads it back, in both orders. `digits` are its bytes in big-endian
-/// order.
+/// Writes a value into the middle of an array and reads it back, in both orders. `digits` is its big-endian form in
+/// hex.
 template <class T> void checkOrders(Reader<T> fromLittle, Reader<T> fromBig, T value, const char* digits)
 {
     SCOPED_TRACE(digits);
@@ -27,7 +27,7 @@ template <class T> void checkOrders(Reader<T> fromLittle, Reader<T> fromBig, T v
     Endian::WriteBytesLittleEndian(value, data, 1);
     EXPECT_EQ(data.toHex(), ('x' + little + 'x').toHex());
     EXPECT_EQ(fromLittle(data, 1), value);
-    EXPECT_EQ(shared, QByteArray(big.size() + 2, 'x')) << "a copy held elsewhere stays";
+    EXPECT_EQ(shared, QByteArray(big.size() + 2, 'x')) << "implicitly shared copies are unchanged";
 
     QByteArray grown("ab");
     Endian::WriteBytesLittleEndian(value, grown, 1);
@@ -62,7 +62,7 @@ TEST(Endian, Guids)
     for (const int size : {1, 8, 11, 15}) {
         QByteArray small(size, 'x');
         Endian::WriteBytesLittleEndian(id, small, 0);
-        EXPECT_EQ(small.toHex(), layout.left(std::max(8, size)).toHex()) << "grown for the first half only";
+        EXPECT_EQ(small.toHex(), layout.left(std::max(8, size)).toHex()) << "grows for the first half only";
     }
 }
 
@@ -85,7 +85,7 @@ TEST(Endian, Fields)
 TEST(Endian, OutsideTheArray)
 {
 #ifndef QT_NO_DEBUG
-    GTEST_SKIP() << "a caller's error, which debug builds assert";
+    GTEST_SKIP() << "debug builds assert";
 #endif
     constexpr int Largest = std::numeric_limits<int>::max();
     const QByteArray data("\x01\x02\x03");

@@ -47,10 +47,10 @@ TEST(FileLocks, Table)
     }
     EXPECT_TRUE(lists("1: POSIX ADVISORY WRITE 1 0:0:18446744073709551615 0 EOF", ~quint64(0)));
 
-    // A long line is read in pieces.
+    // A long line is read in several parts.
     const std::string tail = "1: POSIX ADVISORY WRITE 1 fd:00:77 0 EOF\n";
     EXPECT_TRUE(lists(std::string(511, 'x') + tail, 77));
-    EXPECT_FALSE(lists(std::string(504, 'x') + tail, 77)) << "its first fields belong to the piece before";
+    EXPECT_FALSE(lists(std::string(504, 'x') + tail, 77)) << "its first fields belong to the previous part";
     EXPECT_TRUE(lists(std::string(5 * 511, ' ') + tail, 77));
 }
 
@@ -64,7 +64,7 @@ TEST(FileLocks, LocksOfAFile)
     for (const int lock : {LOCK_UN, LOCK_EX, LOCK_SH}) {
         ASSERT_EQ(::flock(file.handle(), lock), 0);
         if (lock == LOCK_EX && !contentOf("/proc/locks").contains(QByteArray::number(quint64(status.st_ino))))
-            GTEST_SKIP() << "this system lists no locks, as some sandboxes";
+            GTEST_SKIP() << "this system does not list locks";
         EXPECT_EQ(file_wr_check_name(name), lock == LOCK_EX ? 1 : 0) << lock;
         EXPECT_EQ(file_wr_check_ino(status.st_ino), lock == LOCK_EX ? 1 : 0) << lock;
     }
@@ -78,7 +78,7 @@ TEST(FileLocks, Failures)
         const rlimit few{64, 64};
         const rlimit none{0, 64};
         ::setrlimit(RLIMIT_NOFILE, &none);
-        EXPECT_EQ(file_wr_check_ino(1), -2) << "no descriptor left for the list";
-        ::setrlimit(RLIMIT_NOFILE, &few); // sanitizers have files to read at the end
+        EXPECT_EQ(file_wr_check_ino(1), -2) << "no free descriptor";
+        ::setrlimit(RLIMIT_NOFILE, &few); // sanitizers open files at exit
     });
 }

@@ -15,7 +15,7 @@ protected:
     void expect(const QString& name, FileTypeVerdict verdict, const QString& reason) const
     {
         QString text = Untouched;
-        EXPECT_EQ(validateFileType(placeOf(name), text), verdict) << qPrintable(name);
+        EXPECT_EQ(validateFileType(pathOf(name), text), verdict) << qPrintable(name);
         EXPECT_EQ(text, reason) << qPrintable(name);
     }
 };
@@ -25,17 +25,17 @@ protected:
 TEST_F(FileTypeCheckTest, Files)
 {
     const QString noEntry = QString::fromLocal8Bit(std::strerror(ENOENT));
-    ASSERT_TRUE(QFile(placeOf("file")).open(QIODevice::WriteOnly));
+    ASSERT_TRUE(QFile(pathOf("file")).open(QIODevice::WriteOnly));
     for (const auto& [target, link] : {std::pair("file", "link"), {"/dev/null", "device"}, {"nowhere", "dangling"}})
-        ASSERT_TRUE(QFile::link(target, placeOf(link)));
+        ASSERT_TRUE(QFile::link(target, pathOf(link)));
     for (const char* const name : {"file", "", "link"})
         expect(name, Suitable, Untouched);
     expect("device", NotForBackup, "File is not intended for backup because it's a character device.");
     EXPECT_EQ(logged.take(), QStringList());
     for (const char* const name : {"dangling", "missing"}) {
         expect(name, StatFailed, noEntry);
-        EXPECT_EQ(logged.take(),
-            QStringList(QString("error: on init file stat: %1 message: %2").arg(placeOf(name), noEntry)));
+        EXPECT_EQ(
+            logged.take(), QStringList(QString("error: on init file stat: %1 message: %2").arg(pathOf(name), noEntry)));
     }
     expect(QStringLiteral("file") + QChar(0), StatFailed, noEntry);
 }
@@ -59,7 +59,7 @@ TEST_F(FileTypeCheckTest, Types)
     }
 }
 
-TEST(CustomSystemAndHiddenCheck, ExactlyTheTwoFolders)
+TEST(CustomSystemAndHiddenCheck, ExactMatch)
 {
     const std::pair<const char*, bool> rows[] = {{"/Library", true}, {"/System", true}, {"/system", false},
         {"/System/", false}, {"/Library/Fonts", false}, {"/", false}, {"", false}};

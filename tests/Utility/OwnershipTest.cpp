@@ -13,7 +13,7 @@ using Orv::Utility::LinkPolicy;
 
 namespace {
 
-constexpr uint Owner = 12345; // of the enclosing folder
+constexpr uint Owner = 12345; // of the enclosing directory
 constexpr uint Group = 23456;
 
 QPair<uint, uint> ownersOf(const QString& path)
@@ -26,19 +26,19 @@ QString changeLine(const QString& path, const char* what = "path")
     return QString("debug: Change owner for %4: %1 owner: %2 group: %3").arg(path).arg(Owner).arg(Group).arg(what);
 }
 
-/// A folder of another user with two folders and a file of ours, one in the other; a file with a name outside ASCII.
+/// A directory of another user with nested entries of this user: two directories and a file with a non-ASCII name.
 class OwnershipTest : public FolderTest {
 protected:
     void SetUp() override
     {
         if (::geteuid() != 0)
-            GTEST_SKIP() << "only root can give files away";
+            GTEST_SKIP() << "only root can change owners";
         ASSERT_TRUE(QDir().mkpath(lower));
         ASSERT_TRUE(QFile(file).open(QIODevice::WriteOnly));
         ASSERT_EQ(::chown(QFile::encodeName(top), Owner, Group), 0);
     }
 
-    const QString top = placeOf("top");
+    const QString top = pathOf("top");
     const QString upper = top + QStringLiteral("/upper");
     const QString lower = upper + QStringLiteral("/lower");
     const QString file = lower + QStringLiteral("/größe");
@@ -48,7 +48,7 @@ protected:
 
 } // namespace
 
-TEST_F(OwnershipTest, FoldersAndFileFromTheTopOn)
+TEST_F(OwnershipTest, ChangesFromTheTopDown)
 {
     EXPECT_TRUE(changeOwnershipForPath(file));
     for (const QString& path : {upper, lower, file})
@@ -56,10 +56,10 @@ TEST_F(OwnershipTest, FoldersAndFileFromTheTopOn)
     EXPECT_EQ(logged.take(),
         QStringList(
             {firstLine, changeLine(file, "full path"), changeLine(upper), changeLine(lower), changeLine(file)}));
-    EXPECT_TRUE(changeOwnershipForPath(upper)) << "nothing left to do but for what is above";
+    EXPECT_TRUE(changeOwnershipForPath(upper)) << "only its ancestors matter";
 }
 
-TEST_F(OwnershipTest, NearestFolderDecides)
+TEST_F(OwnershipTest, NearestOtherOwner)
 {
     ASSERT_EQ(::chown(QFile::encodeName(lower), Owner + 1, Group + 1), 0);
     EXPECT_TRUE(changeOwnershipForPath(QDir::current().relativeFilePath(file)));
@@ -71,7 +71,7 @@ TEST_F(OwnershipTest, NearestFolderDecides)
 TEST_F(OwnershipTest, OneOwnerUpToTheRoot)
 {
     for (QFileInfo folder(m_folder.path()); !folder.isRoot(); folder.setFile(folder.path()))
-        ASSERT_EQ(folder.ownerId(), 0u) << "this test needs a folder for temporary files that is root's";
+        ASSERT_EQ(folder.ownerId(), 0u) << "this test needs a temporary directory owned by root";
     ASSERT_EQ(::chown(QFile::encodeName(top), 0, Group), 0);
     EXPECT_TRUE(changeOwnershipForPath(file));
     EXPECT_EQ(ownersOf(file), qMakePair(0u, 0u));
@@ -81,7 +81,7 @@ TEST_F(OwnershipTest, OneOwnerUpToTheRoot)
 
 TEST_F(OwnershipTest, LinksAreRefused)
 {
-    const QString victim = placeOf("victim"), victimFile = victim + "/file";
+    const QString victim = pathOf("victim"), victimFile = victim + "/file";
     ASSERT_TRUE(QDir().mkpath(victim) && QFile(victimFile).open(QIODevice::WriteOnly));
     ASSERT_TRUE(QFile::link(victim, top + "/folder-link") && QFile::link(victimFile, top + "/file-link"));
     ASSERT_EQ(::link(QFile::encodeName(victimFile), QFile::encodeName(top + "/hard-link")), 0);
@@ -93,7 +93,7 @@ TEST_F(OwnershipTest, LinksAreRefused)
         for (const QString& path : {victim, victimFile, upper, lower, file})
             EXPECT_EQ(ownersOf(path), qMakePair(0u, 0u)) << qPrintable(place + " changed " + path);
     }
-    ASSERT_TRUE(changeOwnershipForPath(top + "/folder-link/file", LinkPolicy::Follow)) << "as ever";
+    ASSERT_TRUE(changeOwnershipForPath(top + "/folder-link/file", LinkPolicy::Follow)) << "follows links";
     EXPECT_EQ(ownersOf(victim), qMakePair(Owner, Group));
 
     logged.take();
@@ -105,32 +105,32 @@ TEST_F(OwnershipTest, LinksAreRefused)
             {firstLine, changeLine(file, "full path"), changeLine(upper), changeLine(lower), changeLine(file)}));
 }
 
-TEST_F(OwnershipTest, PathWithAZero)
+TEST_F(OwnershipTest, PathWithNul)
 {
     EXPECT_FALSE(changeOwnershipForPath(file + QChar(0)));
     EXPECT_FALSE(changeOwnershipForPath(file + QChar(0), LinkPolicy::Refuse));
-    EXPECT_EQ(ownersOf(file), qMakePair(0u, 0u)) << "which is not what was named";
+    EXPECT_EQ(ownersOf(file), qMakePair(0u, 0u)) << "the path before the NUL";
 }
 
-using Ownership = FolderTest; // for anybody
+using Ownership = FolderTest; // does not require root
 
 TEST_F(Ownership, StopsAtTheFirstFailure)
 {
-    const QString file = placeOf("file");
+    const QString file = pathOf("file");
     ASSERT_TRUE(QFile(file).open(QIODevice::WriteOnly));
     expectInChild([&] {
-        if (::geteuid() == 0) { // an ordinary user may not give files away; root is one for a while
+        if (::geteuid() == 0) { // root drops its privileges temporarily
             EXPECT_EQ(::chown(QFile::encodeName(m_folder.path()), Owner, Group), 0);
             EXPECT_EQ(::chown(QFile::encodeName(file), Owner, Group), 0);
             EXPECT_EQ(::seteuid(Owner), 0);
         }
         EXPECT_FALSE(changeOwnershipForPath(file));
         const QStringList lines = logged.take();
-        EXPECT_EQ(lines.filter("debug: Change owner for path: ").size(), 1) << "and none below";
+        EXPECT_EQ(lines.filter("debug: Change owner for path: ").size(), 1) << "nothing below it";
         EXPECT_EQ(lines.filter(file).size(), 2) << "the first two lines";
         EXPECT_TRUE(lines.last().startsWith("warning: Error on change owner for path: "));
         EXPECT_TRUE(lines.last().endsWith(QString(" message: ") + std::strerror(EPERM)));
         EXPECT_EQ(QFileInfo(file).ownerId(), ::geteuid());
-        EXPECT_EQ(::seteuid(::getuid()), 0); // sanitizers look at the process at its end
+        EXPECT_EQ(::seteuid(::getuid()), 0); // sanitizers need the privileges at exit
     });
 }

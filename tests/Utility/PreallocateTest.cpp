@@ -30,7 +30,7 @@ protected:
     }
 
     PrivateMount m_mount{qint64(16 * MiB), GetParam()};
-    QFile m_file{m_mount.path() + QStringLiteral("/file")}; // closed before it is unmounted
+    QFile m_file{m_mount.path() + QStringLiteral("/file")}; // closed before the unmount
     LoggedLines logged;
 };
 
@@ -39,24 +39,24 @@ protected:
 TEST_P(PreallocateTest, ReservesBehindThePhysicalEnd)
 {
     ASSERT_TRUE(m_file.write("12345") == 5 && m_file.flush());
-    for (const quint64 calls : {1, 2}) { // the second time, behind what is reserved already
+    for (const quint64 calls : {1, 2}) { // the second call reserves after the first reservation
         EXPECT_TRUE(preallocateFile(m_file.handle(), MiB));
         EXPECT_GE(reservedBytes(m_file), calls * MiB);
     }
     ASSERT_TRUE(m_file.seek(3 * MiB) && m_file.write(QByteArray(MiB, 'x')) == qint64(MiB) && m_file.flush());
     const quint64 before = reservedBytes(m_file);
-    ASSERT_LT(before, 4 * MiB) << "there is a hole";
+    ASSERT_LT(before, 4 * MiB) << "the file has no hole";
     EXPECT_TRUE(preallocateFile(m_file.handle(), MiB));
-    EXPECT_GE(reservedBytes(m_file), before + MiB) << "behind the end, and not where there is data";
+    EXPECT_GE(reservedBytes(m_file), before + MiB) << "after the end, not in allocated space";
     EXPECT_EQ(m_file.size(), qint64(4 * MiB));
     EXPECT_EQ(logged.take(), QStringList());
 }
 
 TEST_P(PreallocateTest, ReservesWhatIsWritten)
 {
-    // An attribute that takes a block of its own, as an ACL may, is no part of the file's room.
+    // An attribute in its own block, such as an ACL, is not part of the file's data.
     if (!PrivateMount::addLargeAttribute(m_file))
-        GTEST_SKIP() << "no attributes here";
+        GTEST_SKIP() << "no extended attributes on this file system";
     ASSERT_TRUE(preallocateFile(m_file.handle(), MiB));
     const quint64 before = reservedBytes(m_file);
     ASSERT_TRUE(m_file.write(QByteArray(MiB, 'x')) == qint64(MiB) && m_file.flush() && ::fsync(m_file.handle()) == 0);
@@ -68,7 +68,7 @@ TEST_P(PreallocateTest, NoSpace)
     ASSERT_TRUE(m_file.write("12345") == 5 && m_file.flush());
     for (const quint64 size : {32 * MiB, quint64(1) << 62, ~quint64(0)}) {
         EXPECT_FALSE(preallocateFile(m_file.handle(), size)) << size;
-        EXPECT_LT(reservedBytes(m_file), MiB) << "all or none";
+        EXPECT_LT(reservedBytes(m_file), MiB) << "nothing reserved";
     }
     EXPECT_EQ(m_file.size(), 5);
     EXPECT_EQ(logged.take(), QStringList());
@@ -99,11 +99,11 @@ TEST(Preallocate, AnyFileSystem)
     EXPECT_FALSE(preallocateFile(-1, 0));
 }
 
-TEST(Preallocate, FileSystemThatCannot)
+TEST(Preallocate, UnsupportedFileSystem)
 {
     QFile file(QStringLiteral("/proc/self/comm"));
     if (!file.open(QIODevice::ReadWrite))
-        GTEST_SKIP() << "no file here is known to be on a file system that cannot reserve";
+        GTEST_SKIP() << "no known file on a file system without support";
     LoggedLines logged;
     const QString warning = QStringLiteral("warning: Operation file prealocate not supported for this filesystem");
     EXPECT_TRUE(preallocateFile(file.handle(), MiB));

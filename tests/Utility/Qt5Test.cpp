@@ -1,4 +1,4 @@
-// What depends on functions that Qt 6 no longer has: a locale's encoding of names, and a generator that clients seed.
+// Behaviour of Qt 5 only: names in the locale's encoding, and a random generator that clients seed.
 #include <Orv/Utility/FileTypeCheck.h>
 #include <Orv/Utility/RandomString.h>
 
@@ -13,7 +13,7 @@ class Qt5Test : public FolderTest { };
 
 TEST_F(Qt5Test, FileTypesOfNamesInTheEncodingOfTheLocale)
 {
-    const QString path = placeOf(QStringLiteral("größe"));
+    const QString path = pathOf(QStringLiteral("größe"));
     ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
     const auto restore =
         qScopeGuard([before = QTextCodec::codecForLocale()] { QTextCodec::setCodecForLocale(before); });

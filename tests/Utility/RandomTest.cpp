@@ -3,7 +3,7 @@
 
 #include "Log/ChildProcess.h"
 #include "PrivateMount.h"
-#include "Utility/NarrowDevice.h"
+#include "Utility/ChunkedDevice.h"
 
 #include <gmock/gmock.h>
 
@@ -28,48 +28,48 @@ TEST(RandomByteArray, Appends)
     EXPECT_NE(bytes.mid(6, 512), bytes.mid(6 + 512, 512));
 }
 
-TEST(RandomByteArray, WritesInPortions)
+TEST(RandomByteArray, WritesInChunks)
 {
-    NarrowDevice wide(QIODevice::WriteOnly);
+    ChunkedDevice wide(QIODevice::WriteOnly);
     EXPECT_TRUE(RandomByteArray::generate(wide, 1300));
     EXPECT_THAT(wide.requests, testing::ElementsAre(512, 512, 276));
 
-    NarrowDevice narrow(QIODevice::WriteOnly);
-    narrow.room = 600;
+    ChunkedDevice narrow(QIODevice::WriteOnly);
+    narrow.limit = 600;
     EXPECT_FALSE(RandomByteArray::generate(narrow, 1300));
-    EXPECT_THAT(narrow.requests, testing::ElementsAre(512, 512)) << "nothing after a short write";
+    EXPECT_THAT(narrow.requests, testing::ElementsAre(512, 512)) << "stops after a short write";
 
-    NarrowDevice readOnly(QIODevice::ReadOnly);
+    ChunkedDevice readOnly(QIODevice::ReadOnly);
     EXPECT_FALSE(RandomByteArray::generate(readOnly, 0));
     EXPECT_THAT(readOnly.requests, testing::IsEmpty());
 }
 
-TEST(RandomByteArray, FewDescriptorsAndNone)
+TEST(RandomByteArray, DescriptorLimit)
 {
     expectInChild([] {
         const rlimit few{64, 64};
         const rlimit none{0, 64};
         QByteArray bytes;
-        NarrowDevice device(QIODevice::WriteOnly);
+        ChunkedDevice device(QIODevice::WriteOnly);
         ::setrlimit(RLIMIT_NOFILE, &few);
         for (int i = 0; i < 100; ++i)
-            ASSERT_TRUE(RandomByteArray::generate(bytes, 1)) << "the one of each call is given back, " << i;
+            ASSERT_TRUE(RandomByteArray::generate(bytes, 1)) << "each call closes its descriptor, " << i;
         ::setrlimit(RLIMIT_NOFILE, &none);
         EXPECT_FALSE(RandomByteArray::generate(bytes, 10));
         EXPECT_FALSE(RandomByteArray::generate(device, 10));
-        ::setrlimit(RLIMIT_NOFILE, &few); // sanitizers have files to read at the end
+        ::setrlimit(RLIMIT_NOFILE, &few); // sanitizers open files at exit
         EXPECT_EQ(bytes.size() + device.content.size(), 100);
     });
 }
 
-TEST(RandomByteArray, DeviceThatGivesNothing)
+TEST(RandomByteArray, EmptyDevice)
 {
-    const PrivateMount mount(1 << 20, "tmpfs"); // for mounts of our own
+    const PrivateMount mount(1 << 20, "tmpfs"); // creates a private mount namespace
     if (!mount.reason().isNull())
         GTEST_SKIP() << mount.reason().toStdString();
     ASSERT_EQ(std::system("mount --bind /dev/null /dev/urandom"), 0);
     QByteArray bytes = "before";
-    NarrowDevice device(QIODevice::WriteOnly);
+    ChunkedDevice device(QIODevice::WriteOnly);
     EXPECT_FALSE(RandomByteArray::generate(bytes, 1300) || RandomByteArray::generate(device, 1300));
     EXPECT_EQ(bytes + device.content, "before");
     EXPECT_EQ(std::system("umount /dev/urandom"), 0);

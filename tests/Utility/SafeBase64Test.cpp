@@ -2,7 +2,7 @@
 
 using Orv::Utitlity::SafeBase64;
 
-TEST(SafeBase64, BothWays)
+TEST(SafeBase64, KnownAnswers)
 {
     const std::pair<QByteArray, QByteArray> rows[] = {
         {"", ""},
@@ -18,11 +18,11 @@ TEST(SafeBase64, BothWays)
 
 TEST(SafeBase64, UnknownCharactersAreSkipped)
 {
-    QByteArray bytes(200000, Qt::Uninitialized); // longer than what is decoded at a time
+    QByteArray bytes(200000, Qt::Uninitialized); // longer than a decoding block
     for (int i = 0; i < bytes.size(); ++i)
         bytes[i] = static_cast<char>(qint64(i) * i >> 7);
     EXPECT_EQ(SafeBase64(SafeBase64(bytes).to().replace('A', "_A=")).from(), bytes);
-    for (const char* const text : {"-+~8_", "+-~8", "-~ 8", "-~=8*_", "-/8_"}) // all but the slash
+    for (const char* const text : {"-+~8_", "+-~8", "-~ 8", "-~=8*_", "-/8_"}) // except "/", which is decoded
         EXPECT_EQ(SafeBase64(QByteArray(text)).from().toHex(), "fbff") << text;
 }
 

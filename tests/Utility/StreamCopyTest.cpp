@@ -1,14 +1,14 @@
 #include <Orv/Utility/StreamCopy.h>
 
 #include "Log/LoggedLines.h"
-#include "Utility/NarrowDevice.h"
+#include "Utility/ChunkedDevice.h"
 
 #include <QBuffer>
 
 #include <limits>
 
 using Orv::Utility::StreamCopy;
-using Device = NarrowDevice;
+using Device = ChunkedDevice;
 using Sizes = std::vector<qint64>;
 
 TEST(StreamCopy, ReadsWritesAndLimits)
@@ -34,16 +34,16 @@ TEST(StreamCopy, ReadsWritesAndLimits)
             EXPECT_EQ(StreamCopy(row.chunkSize).exec(destination, source, row.maxBytes), row.copied);
             EXPECT_EQ(destination.content, source.content.left(int(row.copied)));
             EXPECT_EQ(source.requests, row.requests);
-            EXPECT_EQ(source.size() - source.bytesAvailable(), row.copied) << "not read beyond";
+            EXPECT_EQ(source.size() - source.bytesAvailable(), row.copied) << "reads no further";
         }
     }
 }
 
-TEST(StreamCopy, ShortReadsAreWrittenAsTheyCome)
+TEST(StreamCopy, ShortReads)
 {
     Device source(QIODevice::ReadOnly, true);
     source.content = "0123456789";
-    source.portions = {3, 0, 0, 3, 3, 3}; // the first request gets the second of them
+    source.chunks = {3, 0, 0, 3, 3, 3}; // the first request uses the second element
     Device destination(QIODevice::WriteOnly);
     EXPECT_EQ(StreamCopy(4).exec(destination, source, 8), 8);
     EXPECT_EQ(destination.content, QByteArray("01234567"));
@@ -54,19 +54,19 @@ TEST(StreamCopy, Failures)
 {
     Device source(QIODevice::ReadOnly, true);
     source.content = "0123456789";
-    source.room = 7;
+    source.limit = 7;
     Device destination(QIODevice::WriteOnly);
     LoggedLines logged;
-    EXPECT_EQ(StreamCopy(4).exec(destination, source, 0), 7) << "what the source gave before it failed";
+    EXPECT_EQ(StreamCopy(4).exec(destination, source, 0), 7) << "copied before the source failed";
     EXPECT_EQ(destination.content, QByteArray("0123456"));
     EXPECT_EQ(logged.take(), QStringList());
 
     Device whole(QIODevice::ReadOnly);
     whole.content = "0123456789";
     Device narrow(QIODevice::WriteOnly);
-    narrow.room = 6;
+    narrow.limit = 6;
     EXPECT_EQ(StreamCopy(4).exec(narrow, whole, 0), -1);
-    EXPECT_EQ(narrow.content, QByteArray("012345")) << "what was taken stays";
+    EXPECT_EQ(narrow.content, QByteArray("012345")) << "accepted data stays";
     EXPECT_EQ(logged.take(), QStringList(QStringLiteral("error: StreamCopy: error write to destination stream")));
 
     whole.requests.clear();

@@ -16,7 +16,7 @@ using Orv::Utility::symlinkLastModified;
 
 namespace {
 
-constexpr qint64 FileTime = 1700000000; // seconds since 1970, as the others
+constexpr qint64 FileTime = 1700000000; // seconds since 1970
 constexpr qint64 LinkTime = 1600000000;
 
 void setTime(const QString& path, time_t seconds)
@@ -25,7 +25,7 @@ void setTime(const QString& path, time_t seconds)
     ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, AT_SYMLINK_NOFOLLOW), 0);
 }
 
-/// A file, a link to it, a link to nothing, and nothing; names outside ASCII, since they reach the system encoded.
+/// A file, a link to it, a dangling link, and a missing path. Some names are non-ASCII, to test their encoding.
 class SymlinkInfoTest : public FolderTest {
 protected:
     void SetUp() override
@@ -38,21 +38,21 @@ protected:
         setTime(dangling, LinkTime);
     }
 
-    const QString file = placeOf(QStringLiteral("größe"));
-    const QString link = placeOf(QStringLiteral("링크"));
-    const QString dangling = placeOf(QStringLiteral("dangling"));
-    const QString missing = placeOf(QStringLiteral("missing"));
+    const QString file = pathOf(QStringLiteral("größe"));
+    const QString link = pathOf(QStringLiteral("링크"));
+    const QString dangling = pathOf(QStringLiteral("dangling"));
+    const QString missing = pathOf(QStringLiteral("missing"));
     const QString noEntry = QString::fromLocal8Bit(std::strerror(ENOENT));
 };
 
 } // namespace
 
-TEST_F(SymlinkInfoTest, OfTheLinkItself)
+TEST_F(SymlinkInfoTest, LastModifiedOfTheLink)
 {
     const auto timeOf = [](const auto& path) { return SymlinkInfo(path).lastModified().toMSecsSinceEpoch(); };
-    EXPECT_EQ(timeOf(link), LinkTime * 1000) << "without the 0.9 s";
+    EXPECT_EQ(timeOf(link), LinkTime * 1000) << "whole seconds";
     EXPECT_EQ(timeOf(dangling), LinkTime * 1000);
-    EXPECT_EQ(timeOf(file), FileTime * 1000) << "not checked to be a link";
+    EXPECT_EQ(timeOf(file), FileTime * 1000) << "does not check for a link";
     EXPECT_EQ(timeOf(QFileInfo(link)), LinkTime * 1000);
     EXPECT_EQ(SymlinkInfo(link).lastModified().timeSpec(), Qt::LocalTime);
     EXPECT_FALSE(SymlinkInfo(QFileInfo(file)).isValid());
@@ -78,7 +78,7 @@ TEST_F(SymlinkInfoTest, Existence)
     EXPECT_EQ(logged.take(), QStringList(line.arg("stat", dangling, "message")));
     EXPECT_FALSE(SymlinkInfo::exist(missing));
     EXPECT_EQ(logged.take(), QStringList({line.arg("stat", missing, "message"), line.arg("lstat", missing, "errno")}));
-    EXPECT_FALSE(SymlinkInfo::exist(file + QChar(0) + file)) << "not what stands before the zero";
+    EXPECT_FALSE(SymlinkInfo::exist(file + QChar(0) + file)) << "not the path before the NUL";
     EXPECT_FALSE(SymlinkInfo::exist(QString()));
 }
 
@@ -120,7 +120,7 @@ TEST_F(SymlinkInfoTest, SetsModificationAndAccessTime)
     EXPECT_EQ(logged.take(), QStringList());
 }
 
-TEST_F(SymlinkInfoTest, SetsAnyModificationTimeAlone)
+TEST_F(SymlinkInfoTest, SetsOnlyTheModificationTime)
 {
     using Times = Orv::Utility::FileInfo;
     const auto timeOf = [](const QString& path, bool follow) {
@@ -134,7 +134,7 @@ TEST_F(SymlinkInfoTest, SetsAnyModificationTimeAlone)
         EXPECT_TRUE(Times::setLastModified(link, time, true)) << text;
         EXPECT_EQ(QFileInfo(file).lastModified(), time) << text;
         EXPECT_EQ(timeOf(link, false).toSecsSinceEpoch(), LinkTime) << text;
-        EXPECT_EQ(QFileInfo(file).lastRead().toMSecsSinceEpoch(), FileTime * 1000 + 900) << "as it was, " << text;
+        EXPECT_EQ(QFileInfo(file).lastRead().toMSecsSinceEpoch(), FileTime * 1000 + 900) << "unchanged, " << text;
         EXPECT_TRUE(Times::setLastModified(link, time, false)) << text;
         EXPECT_EQ(timeOf(link, false), time.addMSecs(-time.time().msec())) << text;
         setTime(link, LinkTime);

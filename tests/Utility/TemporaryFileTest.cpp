@@ -14,21 +14,21 @@ protected:
     int fileCount() const { return QDir(m_folder.path()).entryList(QDir::Files | QDir::Hidden).size(); }
 
     QObject m_parent;
-    TemporaryFile* m_file = new TemporaryFile(placeOf("part-XXXXXX"), &m_parent);
+    TemporaryFile* m_file = new TemporaryFile(pathOf("part-XXXXXX"), &m_parent);
 };
 
 } // namespace
 
-TEST_F(TemporaryFileTest, GoesWhenItIsClosed)
+TEST_F(TemporaryFileTest, RemovedOnClose)
 {
     m_file->close();
-    EXPECT_EQ(fileCount(), 0) << "though nobody has asked for its name";
+    EXPECT_EQ(fileCount(), 0) << "even if fileName() was never called";
     EXPECT_FALSE(m_file->isOpen());
     m_file->close();
     EXPECT_EQ(logged.take(), QStringList());
 }
 
-TEST_F(TemporaryFileTest, GoesWithItsObject)
+TEST_F(TemporaryFileTest, RemovedOnDestruction)
 {
     EXPECT_TRUE(QFile::exists(m_file->fileName()));
     ASSERT_EQ(m_file->parent(), &m_parent);
@@ -38,7 +38,7 @@ TEST_F(TemporaryFileTest, GoesWithItsObject)
 
 TEST_F(TemporaryFileTest, RemovesOnlyOnce)
 {
-    QFile other(m_file->fileName()); // somebody else's, soon
+    QFile other(m_file->fileName()); // the name will be reused
     m_file->close();
     EXPECT_EQ(fileCount(), 0);
     ASSERT_TRUE(other.open(QIODevice::WriteOnly));
@@ -46,7 +46,7 @@ TEST_F(TemporaryFileTest, RemovesOnlyOnce)
     EXPECT_TRUE(other.exists());
 }
 
-TEST_F(TemporaryFileTest, StaysIfItIsTold)
+TEST_F(TemporaryFileTest, KeptWithoutAutoRemove)
 {
     m_file->setAutoRemove(false);
     const QString name = m_file->fileName();
@@ -54,5 +54,5 @@ TEST_F(TemporaryFileTest, StaysIfItIsTold)
     EXPECT_TRUE(QFile::exists(name));
     m_file->setAutoRemove(true);
     m_file->close();
-    EXPECT_FALSE(QFile::exists(name)) << "nothing has removed it so far";
+    EXPECT_FALSE(QFile::exists(name)) << "not removed before";
 }

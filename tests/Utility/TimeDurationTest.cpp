@@ -54,7 +54,7 @@ TEST(TimeDuration, Texts)
         const QDateTime start = QDate::fromString(row["day"], Qt::ISODate).startOfDay();
         const int seconds = row["seconds"].toInt();
         EXPECT_EQ(Orv::Utility::durationText(start, seconds), row["text"]);
-        if (row["zone"] == "UTC") { // where no day is another
+        if (row["zone"] == "UTC") { // every day has 24 hours
             EXPECT_EQ(Orv::Utility::TimeDuration::toString(seconds), row["text"]);
         }
     }

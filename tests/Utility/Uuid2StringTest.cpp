@@ -2,7 +2,7 @@
 
 using Orv::Utitlity::Uuid2String;
 
-TEST(Uuid2String, TextsAndWindowsLayout)
+TEST(Uuid2String, StringsAndWindowsLayout)
 {
     const QUuid id("{00112233-4455-6677-8899-AABBCCDDEEFF}");
     EXPECT_EQ(Uuid2String::classic(id), QStringLiteral("{00112233-4455-6677-8899-aabbccddeeff}"));

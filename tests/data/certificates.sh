@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Makes the certificates of certificates.txt in the folder at hand, each as NAME and, for a package, as NAME.der.
+# Generates the certificates of certificates.txt in the current directory, as NAME (PEM) and NAME.der.
 set -euo pipefail
 data=$(cd "$(dirname "$0")" && pwd)
 touch index none
@@ -23,7 +23,7 @@ while IFS='| ' read -r name issuer section from to; do
     names+=("$name")
 done <"$data/certificates.txt"
 
-# More than one can be
+# Larger than the limit of a chain
 { printf '[huge]\nnsComment=' && head -c 300000 /dev/zero | tr '\0' x && echo; } >huge.cnf
 openssl x509 -req -in direct.csr -CA root -CAkey root.key -days 1000 -extfile huge.cnf -extensions huge -out huge
 

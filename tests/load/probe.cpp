@@ -1,6 +1,5 @@
-/// usage: loadProbe MODULE        loads the library and checks that this alone changes nothing
-///        loadProbe MODULE log    logs through it, unloads it, logs once more when its objects have gone, and prints
-///        that
+/// usage: loadProbe MODULE        loads the library and checks that loading has no side effects
+///        loadProbe MODULE log    logs through it, unloads it, logs again during static destruction, and prints the log
 
 #include <QDir>
 #include <QFile>
@@ -16,9 +15,9 @@
 
 namespace {
 
-/// Constructed before the library's objects, and so destroyed after them.
+/// Constructed before the library's objects, so destroyed after them.
 struct LateLogger {
-    const QTemporaryDir folder;
+    const QTemporaryDir directory;
     bool armed = false;
     ~LateLogger()
     {
@@ -26,20 +25,20 @@ struct LateLogger {
             return;
         qWarning("after everything");
         std::raise(SIGINT);
-        QFile log(folder.filePath(QStringLiteral("log_DOV_LOG.log")));
+        QFile log(directory.filePath(QStringLiteral("log_DOV_LOG.log")));
         log.open(QIODevice::ReadOnly);
         std::fputs(log.readAll().constData(), stderr);
     }
 };
 LateLogger lateLogger;
 
-/// A descriptor that is opened takes the number of standard output, which is closed.
+/// Whether a descriptor was opened: it would get the number of standard output, which is closed.
 bool hasStandardOutput()
 {
     return ::fcntl(STDOUT_FILENO, F_GETFD) >= 0;
 }
 
-/// What loading could change: handlers of signals and of messages, descriptors, files.
+/// The state that loading could change: signal and message handlers, descriptors, files.
 std::vector<std::uintptr_t> state()
 {
     std::vector<std::uintptr_t> values;
@@ -50,7 +49,7 @@ std::vector<std::uintptr_t> state()
     }
     values.push_back(reinterpret_cast<std::uintptr_t>(qInstallMessageHandler(nullptr)));
     values.push_back(hasStandardOutput());
-    values.push_back(std::uintptr_t(QDir(lateLogger.folder.path()).count()));
+    values.push_back(std::uintptr_t(QDir(lateLogger.directory.path()).count()));
     return values;
 }
 
@@ -58,18 +57,18 @@ std::vector<std::uintptr_t> state()
 
 int main(int argc, char* argv[])
 {
-    QDir::setCurrent(lateLogger.folder.path());
+    QDir::setCurrent(lateLogger.directory.path());
     ::close(STDOUT_FILENO);
     const auto before = state();
     void* module = ::dlopen(argv[1], RTLD_NOW);
     if (!module || state() != before) {
-        std::fprintf(stderr, "%s\n", module ? "loading changes something" : ::dlerror());
+        std::fprintf(stderr, "%s\n", module ? "loading has side effects" : ::dlerror());
         return 1;
     }
     if (argc == 2)
         return 0;
     const auto setUpLog = reinterpret_cast<void (*)(const char*)>(::dlsym(module, "setUpLog"));
-    setUpLog(QFile::encodeName(lateLogger.folder.path()).constData());
+    setUpLog(QFile::encodeName(lateLogger.directory.path()).constData());
     if (hasStandardOutput())
         std::fputs("the log takes the place of standard output\n", stderr);
     ::dlclose(module);

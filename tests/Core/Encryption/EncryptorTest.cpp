@@ -7,7 +7,7 @@
 #include "KnownAnswers.h"
 #include "Log/ChildProcess.h"
 #include "ProcessUsage.h"
-#include "Utility/NarrowDevice.h"
+#include "Utility/ChunkedDevice.h"
 
 #include <QBuffer>
 #include <QCryptographicHash>
@@ -21,7 +21,7 @@ using namespace Orv::Core::Encryption;
 
 namespace {
 
-/// Those that have a key.
+/// All algorithms except `None`.
 std::vector<Algorithm> algorithms()
 {
     std::vector<Algorithm> all;
@@ -56,9 +56,9 @@ std::unique_ptr<EncryptorBase> makeEncryptor(const Cipher& cipher, const QShared
 QByteArray readAll(EncryptorBase& encryptor)
 {
     QByteArray all;
-    QByteArray portion(4096 + 64, '\0');
+    QByteArray chunk(4096 + 64, '\0');
     while (!encryptor.atEnd())
-        all.append(portion.constData(), static_cast<int>(encryptor.readData(portion.data(), 4096)));
+        all.append(chunk.constData(), static_cast<int>(encryptor.readData(chunk.data(), 4096)));
     return all;
 }
 
@@ -67,14 +67,14 @@ QByteArray transformed(const Cipher& cipher, const QByteArray& input)
     return readAll(*makeEncryptor(cipher, bufferOf(input)));
 }
 
-/// The cipher of a row of a table.
+/// The cipher in a table row.
 Cipher cipherOf(const KnownAnswer& row)
 {
     return {static_cast<Algorithm>(row["cipher"].left(1).toInt()), row["cipher"].endsWith("cbc") ? Cbc : Ecb,
         QByteArray::fromHex(row["key"]), QByteArray::fromHex(row["iv"])};
 }
 
-/// What a caller sees of a call of readData: bytes, error, whether the end is reached.
+/// The observable outcome of a call of readData(): bytes, error, and whether the end is reached.
 template <class Encryptor> std::tuple<QByteArray, QByteArray, bool> outcomeOf(Encryptor& encryptor, qint64 maxSize)
 {
     QByteArray data(static_cast<int>(maxSize) + 5000, '\0');
@@ -88,8 +88,8 @@ template <class Encryptor> std::tuple<QByteArray, QByteArray, bool> outcomeOf(En
     return {data.left(static_cast<int>(size)), error, encryptor.atEnd()};
 }
 
-/// Expects each call to have the outcome that it has the plain way, from two sources that are alike. The sizes of the
-/// calls go round; `afterCall` gets the number of each, and says whether there shall be more after the end.
+/// Expects each call to have the same outcome as with PlainEncryptor, with two equal sources. The calls cycle through
+/// `sizes`. `afterCall` receives the number of each call and returns whether to continue after the end.
 void expectPlainOutcomes(const Cipher& cipher, const QSharedPointer<QIODevice>& source,
     const QSharedPointer<QIODevice>& plainSource, const std::vector<int>& sizes,
     const std::function<bool(int)>& afterCall)
@@ -102,8 +102,8 @@ void expectPlainOutcomes(const Cipher& cipher, const QSharedPointer<QIODevice>& 
         const int maxSize = sizes.empty() ? 4096 : sizes[static_cast<std::size_t>(call) % sizes.size()];
         const auto outcome = outcomeOf(*encryptor, maxSize);
         ASSERT_EQ(outcome, outcomeOf(plain, maxSize)) << "call " << call;
-        if (const QByteArray& error = std::get<1>(outcome); !error.isEmpty() && error != NarrowDevice::FailureText)
-            return; // of the cipher library, after which neither is of further use
+        if (const QByteArray& error = std::get<1>(outcome); !error.isEmpty() && error != ChunkedDevice::FailureText)
+            return; // an error of the cipher library: neither object is usable after it
         ASSERT_LE(std::get<0>(outcome).size(), std::max(maxSize, RoomAtTheEnd)) << "call " << call;
         isAwaited = afterCall(call);
     }
@@ -165,7 +165,7 @@ TEST(Encryptor, EachCallAgreesWithThePlainStepList)
         if (random() % 2)
             content = transformed(cipher, content);
         if (random() % 2)
-            cipher = cipher.inverse(); // of what is damaged, too
+            cipher = cipher.inverse(); // includes damaged input
         const std::vector<int> sizes = randomSizes(round % 3 ? 40 : 700);
         if (random() % 3 == 0) {
             const QIODevice::OpenMode mode =
@@ -173,27 +173,27 @@ TEST(Encryptor, EachCallAgreesWithThePlainStepList)
             const auto source = bufferOf(content, mode), plainSource = bufferOf(content, mode);
             expectPlainOutcomes(cipher, source, plainSource, sizes, [&](int call) {
                 EXPECT_EQ(source->pos(), plainSource->pos()) << "call " << call;
-                if (call % 5 == 0 && source->pos() > 0) { // other bytes than the buffer's
+                if (call % 5 == 0 && source->pos() > 0) { // differs from the buffer's content
                     source->ungetChar('u');
                     plainSource->ungetChar('u');
                 }
-                return call < 100; // after the end, too
+                return call < 100; // continue after the end
             });
             ASSERT_FALSE(HasFailure());
             continue;
         }
         const bool isSequential = random() % 2;
-        const auto source = QSharedPointer<NarrowDevice>::create(QIODevice::ReadOnly, isSequential);
-        const auto plainSource = QSharedPointer<NarrowDevice>::create(QIODevice::ReadOnly, isSequential);
+        const auto source = QSharedPointer<ChunkedDevice>::create(QIODevice::ReadOnly, isSequential);
+        const auto plainSource = QSharedPointer<ChunkedDevice>::create(QIODevice::ReadOnly, isSequential);
         source->content = plainSource->content = content;
-        source->portions = plainSource->portions = randomSizes(round % 2 ? 90 : NarrowDevice::Failure + 1);
+        source->chunks = plainSource->chunks = randomSizes(round % 2 ? 90 : ChunkedDevice::Failure + 1);
         const int growingCall = isSequential ? static_cast<int>(random() % 100) : -1;
         expectPlainOutcomes(cipher, source, plainSource, sizes, [&](int call) {
             if (call == growingCall)
                 source->content = plainSource->content += randomBytes(50);
             return call <= growingCall;
         });
-        ASSERT_EQ(source->requests, plainSource->requests) << "what the source is asked for";
+        ASSERT_EQ(source->requests, plainSource->requests) << "sizes requested from the source";
         ASSERT_FALSE(HasFailure());
     }
 }
@@ -217,7 +217,7 @@ TEST(Encryptor, ReadTogetherAgreesWithReadData)
             }
             for (auto* const encryptors : {&together, &alone}) {
                 encryptors->push_back(makeEncryptor(cipher, bufferOf(content)));
-                encryptors->back()->setKey({}); // is for the next init()
+                encryptors->back()->setKey({}); // takes effect at the next init()
             }
             members.append(together.back().get());
         }
@@ -246,9 +246,9 @@ TEST(Encryptor, WriteToReportsEachFailure)
 {
     struct Row {
         const char* name;
-        int sourceRoom; // bytes, then it fails
-        int targetRoom; // bytes, then it accepts no more
-        int portion;    // of the source; 0: nothing comes
+        int sourceLimit; // bytes until it fails
+        int targetLimit; // bytes until it is full
+        int chunk;       // bytes per read of the source; 0: none
         bool isOpen;
         bool good, sourceFailed;
         int bytesRead;
@@ -260,15 +260,15 @@ TEST(Encryptor, WriteToReportsEachFailure)
              Row{"source is closed", all + 1, all + 16, 70000, false, false, true, 0},
              Row{"target is full", all + 1, all + 15, 70000, true, false, false, all}}) {
         SCOPED_TRACE(row.name);
-        const auto source = QSharedPointer<NarrowDevice>::create(QIODevice::ReadOnly, true);
+        const auto source = QSharedPointer<ChunkedDevice>::create(QIODevice::ReadOnly, true);
         source->content = QByteArray(all, 'x');
-        source->room = row.sourceRoom;
-        source->portions = {row.portion};
+        source->limit = row.sourceLimit;
+        source->chunks = {row.chunk};
         const auto encryptor = makeEncryptor(Aes, source);
         if (!row.isOpen)
             source->close();
-        NarrowDevice target(QIODevice::WriteOnly);
-        target.room = row.targetRoom;
+        ChunkedDevice target(QIODevice::WriteOnly);
+        target.limit = row.targetLimit;
         EXPECT_EQ(encryptor->writeTo(target), row.good);
         EXPECT_EQ(encryptor->sourceFailed(), row.sourceFailed);
         EXPECT_EQ(encryptor->bytesRead(), row.bytesRead);
@@ -285,8 +285,8 @@ TEST(Encryptor, SecondStreamStartsClean)
 {
     const auto encryptor = makeEncryptor(Aes.inverse(), bufferOf(transformed(Aes, "the first")));
     const QByteArray first = readAll(*encryptor);
-    const QByteArray other = transformed(Aes, QByteArray(100, 'x')); // whose last block waits for the end
-    for (const int consumed : {0, 20}) { // bytes; the third stream replaces one that was not read to its end
+    const QByteArray other = transformed(Aes, QByteArray(100, 'x')); // the last block is held back until the end
+    for (const int consumed : {0, 20}) { // bytes; the third stream replaces one that was not read completely
         encryptor->setSource(bufferOf(other));
         EXPECT_TRUE(encryptor->init());
         EXPECT_FALSE(encryptor->atEnd());
@@ -299,7 +299,7 @@ TEST(Encryptor, SecondStreamStartsClean)
     EXPECT_EQ(readAll(*encryptor), first);
 }
 
-TEST(Encryptor, PortionsAtTheEnd)
+TEST(Encryptor, SizesAtTheEnd)
 {
     char data[256];
     const auto empty = makeEncryptor(Aes, bufferOf({}));
@@ -312,14 +312,14 @@ TEST(Encryptor, PortionsAtTheEnd)
     EXPECT_EQ(hundred->readData(data, -1), 0);
     EXPECT_EQ(hundred->readData(data, 100), 100);
     EXPECT_FALSE(hundred->atEnd());
-    EXPECT_EQ(hundred->readData(data, 1), 12) << "the remainder comes in one piece";
+    EXPECT_EQ(hundred->readData(data, 1), 12) << "returns the whole remainder";
     EXPECT_TRUE(hundred->atEnd());
 
     EXPECT_EQ(transformed({Aes128, Ecb, Aes.key, Aes.iv}, "x"), transformed({Aes128, Ecb, Aes.key, {}}, "x"))
-        << "without use of the IV";
+        << "ignores the IV";
 }
 
-TEST(Encryptor, DamagedStreamsThrowAndAreNotFinished)
+TEST(Encryptor, DamagedStreamsThrow)
 {
     const QByteArray sealed = transformed(Aes, QByteArray(40, 'x'));
     char data[256];
@@ -333,17 +333,17 @@ TEST(Encryptor, DamagedStreamsThrowAndAreNotFinished)
 
 TEST(Encryptor, MemoryDoesNotGrowWithTheStream)
 {
-    // In a process of its own, where what other tests needed does not hide anything
+    // In a child process, because the peak of other tests would hide a growth
     expectInChild([] {
         constexpr qint64 GiB = Q_INT64_C(1) << 30;
         const auto file = QSharedPointer<QTemporaryFile>::create();
-        EXPECT_TRUE(file->open() && file->resize(GiB)); // which takes no room on the disk
+        EXPECT_TRUE(file->open() && file->resize(GiB)); // sparse
         const auto encryptor = makeEncryptor(Aes, file);
-        QByteArray portion(65536, '\0');
-        qint64 total = encryptor->readData(portion.data(), portion.size());
+        QByteArray chunk(65536, '\0');
+        qint64 total = encryptor->readData(chunk.data(), chunk.size());
         const qint64 before = peakMemory();
         while (!encryptor->atEnd())
-            total += encryptor->readData(portion.data(), portion.size());
+            total += encryptor->readData(chunk.data(), chunk.size());
         EXPECT_EQ(total, GiB + 16);
         EXPECT_LT(peakMemory() - before, 2 << 20);
     });
@@ -359,14 +359,14 @@ TEST(Encryptor, KeysAndIvs)
         encryptor->setKey(Key::randomKey(algorithm));
         encryptor->setIv(QByteArray());
         EXPECT_EQ(encryptor->iv().size(), Key::ivLength(algorithm));
-        const auto source = QSharedPointer<NarrowDevice>::create(QIODevice::ReadOnly);
+        const auto source = QSharedPointer<ChunkedDevice>::create(QIODevice::ReadOnly);
         source->content = "x";
         encryptor->setSource(source);
         EXPECT_TRUE(encryptor->init());
-        EXPECT_TRUE(encryptor->init()) << "a second time does no harm";
+        EXPECT_TRUE(encryptor->init()) << "repeatable";
         char data[64];
         EXPECT_EQ(encryptor->readData(data, 1), 1);
-        EXPECT_EQ(source->requests.front(), Key::ivLength(algorithm)) << "a block";
+        EXPECT_EQ(source->requests.front(), Key::ivLength(algorithm)) << "one block";
         EXPECT_EQ(readAll(*encryptor).size(), Key::ivLength(algorithm) - 1);
 
         encryptor->setIv(QByteArray());
@@ -399,8 +399,8 @@ TEST(Encryptor, TheCipherLibraryDecidesOnKeyLengths)
     }
 }
 
-/// Whether `bytes` stand anywhere on the process's heap. They are given inverted, so that they are not found in
-/// themselves.
+/// Whether the process's heap contains the inverse of `inverted`. Inverted, so that the search does not find the
+/// pattern itself.
 static bool isOnTheHeap(const QByteArray& inverted)
 {
     QFile maps(QStringLiteral("/proc/self/maps")), memory(QStringLiteral("/proc/self/mem"));
@@ -410,7 +410,7 @@ static bool isOnTheHeap(const QByteArray& inverted)
         const qint64 begin = line.left(line.indexOf('-')).toLongLong(nullptr, 16);
         const qint64 end =
             line.mid(line.indexOf('-') + 1).left(line.indexOf(' ') - line.indexOf('-') - 1).toLongLong(nullptr, 16);
-        if (!line.contains(" rw-p ") || line.contains("[stack]") || end - begin > 64 << 20) // a sanitizer's own
+        if (!line.contains(" rw-p ") || line.contains("[stack]") || end - begin > 64 << 20) // belongs to a sanitizer
             continue;
         memory.seek(begin);
         const QByteArray content = memory.read(end - begin);
@@ -423,27 +423,27 @@ static bool isOnTheHeap(const QByteArray& inverted)
 TEST(Encryptor, WipesKeyAndData)
 {
     if (!QFile::exists(QStringLiteral("/proc/self/maps")))
-        GTEST_SKIP() << "this system does not show a process its memory";
+        GTEST_SKIP() << "no /proc/self/maps on this system";
     const QByteArray invertedKey = Key::random(32), invertedText = Key::random(100).repeated(600);
     const auto invert = [](QByteArray bytes) {
         for (char& byte : bytes)
             byte = static_cast<char>(~byte);
         return bytes;
     };
-    for (const bool isAlive : {false, true}) { // in this order, since a search leaves copies of what it finds
+    for (const bool isAlive : {false, true}) { // in this order, because a search leaves copies of its matches
         Cipher cipher = {Aes256, Cbc, invert(invertedKey), Aes.iv};
         QByteArray text = invert(invertedText);
         auto encryptor = makeEncryptor(cipher, bufferOf(text));
         QByteArray data(invertedText.size(), '\0');
         encryptor->readData(data.data(), data.size());
-        const auto neighbour = makeEncryptor(Aes, bufferOf(data)); // or the memory went back to the system
+        const auto neighbour = makeEncryptor(Aes, bufferOf(data)); // keeps the memory from returning to the system
         neighbour->readData(data.data(), data.size());
         encryptor->setSource({});
         cipher.key.fill(0);
         text.fill(0);
         if (!isAlive)
             encryptor.reset();
-        EXPECT_EQ(isOnTheHeap(invertedKey.mid(16)), isAlive) << "less what the allocator may overwrite";
+        EXPECT_EQ(isOnTheHeap(invertedKey.mid(16)), isAlive) << "without the part that the allocator may overwrite";
         EXPECT_EQ(isOnTheHeap(invertedText.left(100)), isAlive);
     }
 }

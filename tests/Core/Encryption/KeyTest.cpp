@@ -24,7 +24,7 @@ TEST(Key, NamesAndLengths)
     }
 }
 
-TEST(Key, AlgorithmFromNameOrNumber)
+TEST(Key, AlgorithmFromNameOrWindowsCode)
 {
     for (const KnownAnswer& row : tableOfAnswers("algorithmnames.txt")) {
         const QByteArray name = row["name"];
@@ -68,6 +68,6 @@ TEST(Key, RandomBytes)
     EXPECT_EQ(Key::randomSalt().size(), 8);
     const QByteArray many = Key::random(65535);
     EXPECT_EQ(many.size(), 65535);
-    EXPECT_EQ(std::set<char>(many.begin(), many.end()).size(), 256u) << "each byte is random";
+    EXPECT_EQ(std::set<char>(many.begin(), many.end()).size(), 256u) << "all byte values";
     EXPECT_NE(Key::random(32).right(16), Key::random(32).right(16));
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Core/Encryption/Bytes_p.h"
+
 #include <Orv/Core/Encryption/EncryptorBase.h>
 
 #include <cryptopp/aes.h>
@@ -10,7 +12,7 @@
 #include <cmath>
 #include <memory>
 
-/// What a stream is encrypted or decrypted with.
+/// The cipher, its parameters, and the direction.
 struct Cipher {
     Orv::Core::Encryption::Algorithm algorithm;
     Orv::Core::Encryption::Type type;
@@ -18,13 +20,12 @@ struct Cipher {
     QByteArray iv;
     bool encrypt = true;
 
-    /// The way back.
+    /// The opposite direction.
     Cipher inverse() const { return {algorithm, type, key, iv, !encrypt}; }
 };
 
-/// The plain way to encrypt a stream, everything through the cipher library's own filter: what each call of
-/// EncryptorBase::readData has to agree with. Which cipher it is makes no difference but for the size of its blocks, so
-/// there are DES and AES here.
+/// The reference for EncryptorBase::readData(): passes the whole stream through the cipher library's own filter. Each
+/// call has to have the same outcome. Only the block size of the cipher matters, so DES and AES are enough.
 class PlainEncryptor {
 public:
     PlainEncryptor(const Cipher& cipher, QSharedPointer<QIODevice> source)
@@ -70,10 +71,8 @@ private:
             mode = std::make_unique<typename ECB_Mode<Block>::Encryption>();
         else
             mode = std::make_unique<typename ECB_Mode<Block>::Decryption>();
-        const auto bytes = [](const QByteArray& array) {
-            return reinterpret_cast<const CryptoPP::byte*>(array.constData());
-        };
-        const CryptoPP::ConstByteArrayParameter iv(bytes(cipher.iv), cipher.iv.size()); // of no use to ECB
+        using Orv::Core::Encryption::bytes;
+        const CryptoPP::ConstByteArrayParameter iv(bytes(cipher.iv), cipher.iv.size()); // ignored by ECB
         mode->SetKey(bytes(cipher.key), cipher.key.size(), CryptoPP::MakeParameters(CryptoPP::Name::IV(), iv, false));
         return mode;
     }

@@ -19,7 +19,7 @@ class FileInfoTest : public FolderTest {
 protected:
     QString makeFile(const char* name, const QByteArray& content) const
     {
-        QFile file(placeOf(name));
+        QFile file(pathOf(name));
         EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush());
         EXPECT_TRUE(file.setFileTime(Time, QFileDevice::FileModificationTime));
         EXPECT_TRUE(file.setPermissions(QFile::ReadOwner | QFile::ReadUser | QFile::ExeOther));
@@ -27,11 +27,11 @@ protected:
     }
 };
 
-/// What it says of itself but for its names and when it was made.
+/// The properties of a snapshot, without names and creation time.
 std::string stateOf(const FileInfo& info)
 {
-    const std::pair<bool, const char*> properties[] = {{info.isFile(), "file"}, {info.isDir(), "folder"},
-        {info.isSymLink(), "link"}, {info.isHidden(), "hidden"}, {info.isExist(), "there"},
+    const std::pair<bool, const char*> properties[] = {{info.isFile(), "file"}, {info.isDir(), "directory"},
+        {info.isSymLink(), "link"}, {info.isHidden(), "hidden"}, {info.isExist(), "exists"},
         {info.isReadable(), "readable"}, {info.permissions() & QFile::ReadOwner, "permissions"}};
     std::string state;
     for (const auto& [is, name] : properties)
@@ -50,9 +50,9 @@ void expectNothing(const FileInfo& info, const QString& path)
 
 } // namespace
 
-TEST_F(FileInfoTest, AnswersAsQFileInfoDoes)
+TEST_F(FileInfoTest, AgreesWithQFileInfo)
 {
-    const auto answersOf = [](const auto& info, const QDateTime& birthTime) {
+    const auto valuesOf = [](const auto& info, const QDateTime& birthTime) {
         return std::make_tuple(info.absoluteFilePath(), info.isDir(), info.isFile(), info.size(),
             info.lastModified().toUTC(), info.lastModified().isNull(), birthTime, info.permissions());
     };
@@ -62,12 +62,12 @@ TEST_F(FileInfoTest, AnswersAsQFileInfoDoes)
         if (!qt.exists() && !qt.isSymLink())
             return info.absoluteFilePath().isEmpty();
         const QDateTime born = qt.birthTime().isValid() ? qt.birthTime() : qt.metadataChangeTime();
-        return answersOf(info, info.birthTime()) == answersOf(qt, born.toUTC());
+        return valuesOf(info, info.birthTime()) == valuesOf(qt, born.toUTC());
     };
-    ASSERT_TRUE(QFile::link(placeOf("missing"), placeOf("dangling")) && QFile::link("/", placeOf("root")));
-    ASSERT_EQ(::mkfifo(QFile::encodeName(placeOf("pipe")).constData(), 0644), 0);
+    ASSERT_TRUE(QFile::link(pathOf("missing"), pathOf("dangling")) && QFile::link("/", pathOf("root")));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(pathOf("pipe")).constData(), 0644), 0);
     QStringList paths = {"", ".", "..", "//", "/tmp/", "/usr//bin/../lib", "/etc/passwd/", ":/resource", "x:y",
-        "/etc/passwd" + QString(QChar(0)), placeOf("root/"), placeOf("dangling/")};
+        "/etc/passwd" + QString(QChar(0)), pathOf("root/"), pathOf("dangling/")};
     const QDir::Filters all = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
     for (const QString& top : {m_folder.path(), QString("/etc"), QString("/dev"), QString("/proc/self"),
              QString("/root"), QString("/sys/class"), QString("/usr/bin"), QString("/usr/lib")}) {
@@ -77,7 +77,7 @@ TEST_F(FileInfoTest, AnswersAsQFileInfoDoes)
     }
     int compared = 0;
     for (const QString& path : qAsConst(paths)) {
-        // Others may change an entry between the two questions, but hardly each time.
+        // Retries, because another process may change the entry between the two queries.
         EXPECT_TRUE(isSame(path) || isSame(path) || isSame(path)) << qPrintable(path);
         ++compared;
     }
@@ -90,41 +90,41 @@ TEST_F(FileInfoTest, Snapshot)
     const QString path = makeFile(".name.tar.gz", "12345");
     const QDateTime begin = QDateTime::currentDateTimeUtc().addSecs(-60);
     const FileInfo file(path);
-    EXPECT_EQ(stateOf(file), "file, hidden, there, readable, permissions, 2024, 5");
+    EXPECT_EQ(stateOf(file), "file, hidden, exists, readable, permissions, 2024, 5");
     EXPECT_EQ(file.fileName(), ".name.tar.gz");
     EXPECT_EQ(file.suffix(), "gz");
     EXPECT_EQ(file.lastModified(), Time);
     EXPECT_EQ(file.lastModified().timeSpec(), Qt::UTC);
-    EXPECT_GT(file.birthTime(), begin) << "not the time of modification";
+    EXPECT_GT(file.birthTime(), begin) << "not the modification time";
     EXPECT_EQ(file.birthTime().timeSpec(), Qt::UTC);
     EXPECT_EQ(file.permissions() & ~(QFile::ReadUser | QFile::WriteUser | QFile::ExeUser),
         QFile::ReadOwner | QFile::ExeOther);
 
-    const FileInfo folder(m_folder.path() + QLatin1Char('/'));
-    EXPECT_TRUE(folder.isDir() && !folder.isFile() && folder.isExist());
-    EXPECT_EQ(folder.size(), QFileInfo(m_folder.path()).size());
+    const FileInfo directory(m_folder.path() + QLatin1Char('/'));
+    EXPECT_TRUE(directory.isDir() && !directory.isFile() && directory.isExist());
+    EXPECT_EQ(directory.size(), QFileInfo(m_folder.path()).size());
 }
 
-TEST_F(FileInfoTest, StaysAsItWasUntilRefreshed)
+TEST_F(FileInfoTest, UnchangedUntilRefreshed)
 {
     const QString path = makeFile("file", "12345");
     FileInfo info{QFileInfo(path)};
     ASSERT_TRUE(QFile::remove(path));
-    EXPECT_EQ(stateOf(info), "file, permissions, 2024, 5") << "without what is asked anew";
+    EXPECT_EQ(stateOf(info), "file, permissions, 2024, 5") << "without the queries of the current state";
     info.refresh();
     expectNothing(info, path);
 
     makeFile("file", "1234567");
     info.refresh();
-    EXPECT_EQ(stateOf(info), "file, there, readable, permissions, 2024, 7");
+    EXPECT_EQ(stateOf(info), "file, exists, readable, permissions, 2024, 7");
     info.refresh(m_folder.path());
     EXPECT_TRUE(info.isDir());
     EXPECT_EQ(info.absoluteFilePath(), m_folder.path());
 }
 
-TEST_F(FileInfoTest, NothingThere)
+TEST_F(FileInfoTest, MissingEntries)
 {
-    FileInfo missing(placeOf("missing"));
+    FileInfo missing(pathOf("missing"));
     expectNothing(missing, QString());
     missing.refresh();
     expectNothing(missing, QString());
@@ -135,9 +135,9 @@ TEST_F(FileInfoTest, NothingThere)
 TEST_F(FileInfoTest, Links)
 {
     const QString target = makeFile("file", "12345");
-    const QString link = placeOf("link");
+    const QString link = pathOf("link");
     ASSERT_TRUE(QFile::link(target, link));
-    for (const char* const state : {"file, link, there, readable, permissions, 2024, 5", "link, 0"}) {
+    for (const char* const state : {"file, link, exists, readable, permissions, 2024, 5", "link, 0"}) {
         EXPECT_EQ(stateOf(FileInfo(link)), state);
         EXPECT_EQ(FileInfo(link).absoluteFilePath(), link);
         QFile::remove(target);
@@ -149,7 +149,7 @@ TEST_F(FileInfoTest, RelativePath)
     const QString relative = QDir::current().relativeFilePath(makeFile("file", "12345"));
     FileInfo info(relative);
     EXPECT_EQ(info.absoluteFilePath(), QFileInfo(relative).absoluteFilePath());
-    EXPECT_EQ(info.filePath(), info.absoluteFilePath()) << "the constructors make it absolute";
+    EXPECT_EQ(info.filePath(), info.absoluteFilePath()) << "absolute after construction";
     info.refresh(relative);
     EXPECT_EQ(info.filePath(), relative);
 }
