@@ -24,19 +24,17 @@ sealed() { # the options that name the cipher, the key and the IV
         head -c "$length" "$plain" | openssl enc -provider legacy -provider default -e "$@"
     done | sha256sum | cut -d ' ' -f 1
 }
-number=0
 # Single DES needs the legacy provider. The names of triple DES in ECB mode do not contain the mode.
-while read -r cbc ecb key_size iv_size; do
+while read -r number cbc ecb key_size iv_size; do
     key=$(bytes 1 "$key_size")
     iv=$(bytes 101 "$iv_size")
     row "$number cbc" "$key" "$iv" "$(sealed "-$cbc" -K "$key" -iv "$iv")"
     row "$number ecb" "$key" "" "$(sealed "-$ecb" -K "$key")"
-    number=$((number + 1))
 done <<'END'
-des-cbc      des-ecb     8  8
-des-ede-cbc  des-ede     16 8
-des-ede3-cbc des-ede3    24 8
-aes-128-cbc  aes-128-ecb 16 16
-aes-192-cbc  aes-192-ecb 24 16
-aes-256-cbc  aes-256-ecb 32 16
+0 des-cbc      des-ecb     8  8
+1 des-ede-cbc  des-ede     16 8
+2 des-ede3-cbc des-ede3    24 8
+3 aes-128-cbc  aes-128-ecb 16 16
+4 aes-192-cbc  aes-192-ecb 24 16
+5 aes-256-cbc  aes-256-ecb 32 16
 END
