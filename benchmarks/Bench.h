@@ -15,7 +15,7 @@ benchmark::internal::Benchmark* addRow(const std::string& subject, const std::st
     return benchmark::RegisterBenchmark((subject + '/' + variant).c_str(), std::move(work));
 }
 
-/// The array's bytes, as Crypto++ and OpenSSL take them.
+/// The array's bytes, as Crypto++ and OpenSSL expect them.
 inline const unsigned char* bytes(const QByteArray& array)
 {
     return reinterpret_cast<const unsigned char*>(array.constData());

@@ -18,10 +18,10 @@ template <class Write> void addWrites(const char* variant, Write write)
 {
     addRow("a million 64-bit writes, little-endian", variant, [write](benchmark::State& state) {
         QByteArray data(Count * Width, '\0');
-        char* const place = data.data();
+        char* const memory = data.data();
         for (auto _ : state) {
             for (int i = 0; i < Count; ++i)
-                write(data, place, Number(i), i * Width);
+                write(data, memory, Number(i), i * Width);
             benchmark::ClobberMemory();
         }
         state.SetItemsProcessed(state.iterations() * Count);
@@ -33,11 +33,11 @@ template <class Read> void addReads(const char* variant, Read read)
 {
     addRow("a million 64-bit reads, big-endian", variant, [read](benchmark::State& state) {
         const QByteArray data(Count * Width, 'x');
-        const char* const place = data.constData();
+        const char* const memory = data.constData();
         for (auto _ : state) {
             Number sum = 0;
             for (int i = 0; i < Count; ++i)
-                sum += read(data, place, i * Width);
+                sum += read(data, memory, i * Width);
             benchmark::DoNotOptimize(sum);
         }
         state.SetItemsProcessed(state.iterations() * Count);
@@ -59,7 +59,7 @@ void addEndianRows()
             qToLittleEndian(value, data.data() + offset);
     });
     addWrites("Qt on memory",
-        [](QByteArray&, char* place, Number value, int offset) { qToLittleEndian(value, place + offset); });
+        [](QByteArray&, char* memory, Number value, int offset) { qToLittleEndian(value, memory + offset); });
 
     addReads("orvCore",
         [](const QByteArray& data, const char*, int offset) { return Endian::ToUInt64BigEndian(data, offset); });
@@ -67,5 +67,5 @@ void addEndianRows()
         return offset >= 0 && offset <= data.size() - Width ? qFromBigEndian<Number>(data.constData() + offset) : 0;
     });
     addReads("Qt on memory",
-        [](const QByteArray&, const char* place, int offset) { return qFromBigEndian<Number>(place + offset); });
+        [](const QByteArray&, const char* memory, int offset) { return qFromBigEndian<Number>(memory + offset); });
 }

@@ -12,8 +12,8 @@ namespace {
 
 PackageSignature signatureOf(const QByteArray& content)
 {
-    static const QTemporaryDir folder; // tools/fuzz.sh places it in memory
-    static const QString path = folder.filePath(QStringLiteral("package"));
+    static const QTemporaryDir directory; // tools/fuzz.sh places it in memory
+    static const QString path = directory.filePath(QStringLiteral("package"));
     writeFile(path, content);
     const PackageSignature signature = readPackageSignature(QFile::encodeName(path));
     require(signature.state == PackageSignature::Good || signature.certificates.isEmpty(),

@@ -24,7 +24,7 @@ public:
     static void useUpQuota();
 
 private:
-    QTemporaryDir m_folder;
+    QTemporaryDir m_directory;
     QString m_path;
     QString m_reason;
 };

@@ -27,7 +27,7 @@ extern "C" int fallocate(int fd, int mode, off_t offset, off_t size)
     return -1;
 }
 
-PrivateMount::PrivateMount(qint64 size, const char* type) : m_path(m_folder.filePath(QStringLiteral("mounted")))
+PrivateMount::PrivateMount(qint64 size, const char* type) : m_path(m_directory.filePath(QStringLiteral("mounted")))
 {
     const QString text = QLatin1String(type) == QLatin1String("tmpfs")
         ? QStringLiteral("mount -t %3 -o size=%2 none %1")

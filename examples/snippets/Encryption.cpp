@@ -69,9 +69,9 @@ static QByteArray contentOf(const QString& path)
 
 int main()
 try {
-    const QTemporaryDir folder;
-    const QString plain = folder.filePath("plain"), sealed = folder.filePath("sealed"),
-                  opened = folder.filePath("opened");
+    const QTemporaryDir directory;
+    const QString plain = directory.filePath("plain"), sealed = directory.filePath("sealed"),
+                  opened = directory.filePath("opened");
     const QByteArray text = QByteArray("A line of text.\n").repeated(10000);
     QFile file(plain);
     if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())

@@ -7,10 +7,10 @@
 
 int main()
 {
-    const QTemporaryDir folder;
+    const QTemporaryDir directory;
 
     Orv::LogManager& log = Orv::LogManager::instance();
-    log.setLogPath(folder.path());
+    log.setLogPath(directory.path());
     log.setAppPrefix("example"); // the file name is log_example.log
     log.setOutToFile(true);
     log.setLogLevel(Orv::LogManager::InfoHigh);
@@ -22,7 +22,7 @@ int main()
 
     // 2026-01-31 23:59:59,123456 [INFO]: [ Engine ] [ 1 ] started with 3 tasks
     // 2026-01-31 23:59:59,123610 [WARNING]: Qt's own messages are logged too
-    QFile file(folder.filePath("log_example.log"));
+    QFile file(directory.filePath("log_example.log"));
     if (!file.open(QIODevice::ReadOnly))
         return 1;
     const QList<QByteArray> lines = file.readAll().split('\n');

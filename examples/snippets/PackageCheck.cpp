@@ -29,11 +29,11 @@ int main(int argc, char** argv)
         std::puts(qPrintable(verdict(QFile::decodeName(argv[1]))));
         return 0;
     }
-    const QTemporaryDir folder;
-    QFile package(folder.filePath("setup.pkg"));
+    const QTemporaryDir directory;
+    QFile package(directory.filePath("setup.pkg"));
     if (!package.open(QIODevice::WriteOnly) || package.write("not an archive") < 0 || !package.flush())
         return 1;
-    const bool isGood = verdict(folder.filePath("other.pkg")) == "no such file" &&
+    const bool isGood = verdict(directory.filePath("other.pkg")) == "no such file" &&
         verdict(package.fileName()) == "not an archive, or not signed";
     return isGood ? 0 : 1;
 }

@@ -24,8 +24,8 @@ static void append(const QString& path, const char* text)
 
 int main()
 {
-    const QTemporaryDir folder;
-    const QString path = folder.filePath("document.txt");
+    const QTemporaryDir directory;
+    const QString path = directory.filePath("document.txt");
     append(path, "some text");
 
     QString reason;

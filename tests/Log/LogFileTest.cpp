@@ -28,8 +28,8 @@ protected:
 
     void clear() const
     {
-        QDir(m_folder.path()).removeRecursively();
-        QDir().mkpath(m_folder.path());
+        QDir(m_directory.path()).removeRecursively();
+        QDir().mkpath(m_directory.path());
     }
 };
 
@@ -71,7 +71,7 @@ TEST_F(LogFileTest, RotatedNames)
         {"log_A.log", "log_A_"}, {"log_A.text", "log_A._"}, {"gr\u00f6\u00dfe.log", "gr\u00f6\u00dfe_"}, {"abc", "_"}};
     for (const auto& [before, prefix] : rows) {
         clear();
-        QDir::setCurrent(m_folder.path());
+        QDir::setCurrent(m_directory.path());
         writeFile(QString::fromUtf8(before), "content");
         const std::string earliest = prefix + time(0) + ".log";
         logsRollout(before, 0);

@@ -48,7 +48,7 @@ TEST_F(LogManagerTest, WritesNothingByDefault)
     };
     EXPECT_EQ(logged(work), Lines());
     EXPECT_EQ(contentOf(output()), "plain text7");
-    EXPECT_EQ(QDir(m_folder.path()).entryList(QDir::Files), QStringList(QStringLiteral("output")));
+    EXPECT_EQ(QDir(m_directory.path()).entryList(QDir::Files), QStringList(QStringLiteral("output")));
 }
 
 TEST_F(LogManagerTest, StandardOutputAndRawOutput)

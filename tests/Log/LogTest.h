@@ -30,7 +30,7 @@ using Lines = std::vector<std::string>;
 /// A temporary directory for logs, and their content. Logging is configured in child processes, once per process.
 class LogTest : public testing::Test {
 protected:
-    QString path(const char* name) const { return m_folder.filePath(QLatin1String(name)); }
+    QString path(const char* name) const { return m_directory.filePath(QLatin1String(name)); }
     QString log() const { return path("log_DOV_LOG.log"); }
     QString shadow() const { return path("shadow.log"); }
     QString output() const { return path("output"); }
@@ -39,8 +39,8 @@ protected:
     QStringList logs() const
     {
         QStringList paths;
-        for (const QString& name : QDir(m_folder.path()).entryList({QStringLiteral("log_DOV_LOG_*.log")}))
-            paths += m_folder.filePath(name);
+        for (const QString& name : QDir(m_directory.path()).entryList({QStringLiteral("log_DOV_LOG_*.log")}))
+            paths += m_directory.filePath(name);
         return paths + QStringList(log());
     }
 
@@ -48,7 +48,7 @@ protected:
     LogManager& manager(bool hasShadow = false) const
     {
         LogManager& manager = LogManager::instance();
-        manager.setLogPath(m_folder.path());
+        manager.setLogPath(m_directory.path());
         manager.setOutToFile(true);
         manager.setCrashHandler(true);
         manager.setEnableShadow(hasShadow);
@@ -84,7 +84,7 @@ protected:
         return entries(logs());
     }
 
-    QTemporaryDir m_folder;
+    QTemporaryDir m_directory;
 };
 
 inline void inThreads(int count, const std::function<void(int)>& work)

@@ -1,4 +1,4 @@
-#include "FolderTest.h"
+#include "DirectoryTest.h"
 #include "KnownAnswers.h"
 #include "Log/ChildProcess.h"
 #include "Mac/XarArchive.h"
@@ -14,16 +14,16 @@ using Orv::Utitlity::CheckPackageSignature;
 namespace {
 
 /// Generates certificates with the openssl program, in a temporary directory.
-class CertificateTrustTest : public FolderTest {
+class CertificateTrustTest : public DirectoryTest {
 protected:
     void SetUp() override
     {
         QProcess script;
-        script.setWorkingDirectory(m_folder.path());
+        script.setWorkingDirectory(m_directory.path());
         script.start("bash", {dataPath("certificates.sh")});
         ASSERT_TRUE(script.waitForFinished());
         ASSERT_EQ(script.exitCode(), 0) << script.readAllStandardError().toStdString();
-        for (const QString& name : QDir(m_folder.path()).entryList({"*.der"}))
+        for (const QString& name : QDir(m_directory.path()).entryList({"*.der"}))
             m_stored[name.chopped(4).toUtf8()] = contentOf(pathOf(name));
         const QByteArray direct = m_stored["direct"];
         m_stored["text"] = "no certificate";

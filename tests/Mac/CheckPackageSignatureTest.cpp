@@ -1,14 +1,14 @@
-#include "FolderTest.h"
+#include "DirectoryTest.h"
 #include "Mac/XarArchive.h"
 
 #include <Orv/Mac/CheckPackageSignature.h>
 
 using Orv::Utitlity::CheckPackageSignature;
-using CheckPackage = FolderTest;
+using CheckPackage = DirectoryTest;
 
 TEST_F(CheckPackage, NoPackage)
 {
-    for (const QString& path : {m_folder.path(), pathOf("missing"), QString()}) {
+    for (const QString& path : {m_directory.path(), pathOf("missing"), QString()}) {
         EXPECT_EQ(CheckPackageSignature(path).check_(), CheckPackageSignature::NoPackage);
         EXPECT_EQ(CheckPackageSignature(path).getPemList().first, CheckPackageSignature::NoPackage);
     }

@@ -1,4 +1,4 @@
-#include "FolderTest.h"
+#include "DirectoryTest.h"
 #include "KnownAnswers.h"
 #include "Log/ChildProcess.h"
 #include "Mac/XarArchive.h"
@@ -52,7 +52,7 @@ QByteArray archiveOf(const KnownAnswer& row)
     return archive.bytes();
 }
 
-class PackageArchive : public FolderTest {
+class PackageArchive : public DirectoryTest {
 protected:
     /// Returns the logged warning without the path. Expects the result and the list to match it.
     std::string warningFor(const QByteArray& content)

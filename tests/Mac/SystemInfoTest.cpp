@@ -1,4 +1,4 @@
-#include "FolderTest.h"
+#include "DirectoryTest.h"
 #include "KnownAnswers.h"
 #include "Mac/SystemInfo_p.h"
 
@@ -22,7 +22,7 @@ QByteArray listOf(const QByteArray& version)
 
 } // namespace
 
-using SystemInfoTest = FolderTest;
+using SystemInfoTest = DirectoryTest;
 
 TEST_F(SystemInfoTest, VersionLists)
 {
@@ -33,7 +33,7 @@ TEST_F(SystemInfoTest, VersionLists)
             if (row[column] != "none")
                 writeFile(pathOf(name), listOf(row[column]));
         }
-        EXPECT_EQ(macOsVersion(m_folder.path() + '/'), row["version"]) << row["row"].constData();
+        EXPECT_EQ(macOsVersion(m_directory.path() + '/'), row["version"]) << row["row"].constData();
     }
 }
 

@@ -1,4 +1,4 @@
-#include "FolderTest.h"
+#include "DirectoryTest.h"
 #include "KnownAnswers.h"
 #include "ScopedTimeZone.h"
 
@@ -55,7 +55,7 @@ TEST(DSTSafe, ShrinkSeconds)
     }
 }
 
-using DateTimeBoot = FolderTest;
+using DateTimeBoot = DirectoryTest;
 
 TEST_F(DateTimeBoot, ReadsTheNextRecord)
 {

@@ -1,6 +1,6 @@
 #include "Utility/FileTypeCheck_p.h"
 
-#include "FolderTest.h"
+#include "DirectoryTest.h"
 
 #include <cstring>
 
@@ -10,7 +10,7 @@ namespace {
 
 const QString Untouched = QStringLiteral("untouched");
 
-class FileTypeCheckTest : public FolderTest {
+class FileTypeCheckTest : public DirectoryTest {
 protected:
     void expect(const QString& name, FileTypeVerdict verdict, const QString& reason) const
     {

@@ -1,6 +1,6 @@
 #include <Orv/Utility/Ownership.h>
 
-#include "FolderTest.h"
+#include "DirectoryTest.h"
 #include "Log/ChildProcess.h"
 
 #include <QDir>
@@ -27,7 +27,7 @@ QString changeLine(const QString& path, const char* what = "path")
 }
 
 /// A directory of another user with nested entries of this user: two directories and a file with a non-ASCII name.
-class OwnershipTest : public FolderTest {
+class OwnershipTest : public DirectoryTest {
 protected:
     void SetUp() override
     {
@@ -70,8 +70,8 @@ TEST_F(OwnershipTest, NearestOtherOwner)
 
 TEST_F(OwnershipTest, OneOwnerUpToTheRoot)
 {
-    for (QFileInfo folder(m_folder.path()); !folder.isRoot(); folder.setFile(folder.path()))
-        ASSERT_EQ(folder.ownerId(), 0u) << "this test needs a temporary directory owned by root";
+    for (QFileInfo directory(m_directory.path()); !directory.isRoot(); directory.setFile(directory.path()))
+        ASSERT_EQ(directory.ownerId(), 0u) << "this test needs a temporary directory owned by root";
     ASSERT_EQ(::chown(QFile::encodeName(top), 0, Group), 0);
     EXPECT_TRUE(changeOwnershipForPath(file));
     EXPECT_EQ(ownersOf(file), qMakePair(0u, 0u));
@@ -83,17 +83,18 @@ TEST_F(OwnershipTest, LinksAreRefused)
 {
     const QString victim = pathOf("victim"), victimFile = victim + "/file";
     ASSERT_TRUE(QDir().mkpath(victim) && QFile(victimFile).open(QIODevice::WriteOnly));
-    ASSERT_TRUE(QFile::link(victim, top + "/folder-link") && QFile::link(victimFile, top + "/file-link"));
+    ASSERT_TRUE(QFile::link(victim, top + "/directory-link") && QFile::link(victimFile, top + "/file-link"));
     ASSERT_EQ(::link(QFile::encodeName(victimFile), QFile::encodeName(top + "/hard-link")), 0);
-    const QString places[] = {top + "/folder-link/file", top + "/folder-link", top + "/file-link", top + "/hard-link",
-        top + "/folder-link/../upper", lower + "/../lower", lower + "/missing", file + "/below", QString()};
+    const QString places[] = {top + "/directory-link/file", top + "/directory-link", top + "/file-link",
+        top + "/hard-link", top + "/directory-link/../upper", lower + "/../lower", lower + "/missing", file + "/below",
+        QString()};
     for (const QString& place : places) {
         EXPECT_FALSE(changeOwnershipForPath(place, LinkPolicy::Refuse)) << qPrintable(place);
         EXPECT_EQ(logged.take().filter("warning: Error on change owner for path: ").size(), 1) << qPrintable(place);
         for (const QString& path : {victim, victimFile, upper, lower, file})
             EXPECT_EQ(ownersOf(path), qMakePair(0u, 0u)) << qPrintable(place + " changed " + path);
     }
-    ASSERT_TRUE(changeOwnershipForPath(top + "/folder-link/file", LinkPolicy::Follow)) << "follows links";
+    ASSERT_TRUE(changeOwnershipForPath(top + "/directory-link/file", LinkPolicy::Follow)) << "follows links";
     EXPECT_EQ(ownersOf(victim), qMakePair(Owner, Group));
 
     logged.take();
@@ -112,7 +113,7 @@ TEST_F(OwnershipTest, PathWithNul)
     EXPECT_EQ(ownersOf(file), qMakePair(0u, 0u)) << "the path before the NUL";
 }
 
-using Ownership = FolderTest; // does not require root
+using Ownership = DirectoryTest; // does not require root
 
 TEST_F(Ownership, StopsAtTheFirstFailure)
 {
@@ -120,7 +121,7 @@ TEST_F(Ownership, StopsAtTheFirstFailure)
     ASSERT_TRUE(QFile(file).open(QIODevice::WriteOnly));
     expectInChild([&] {
         if (::geteuid() == 0) { // root drops its privileges temporarily
-            EXPECT_EQ(::chown(QFile::encodeName(m_folder.path()), Owner, Group), 0);
+            EXPECT_EQ(::chown(QFile::encodeName(m_directory.path()), Owner, Group), 0);
             EXPECT_EQ(::chown(QFile::encodeName(file), Owner, Group), 0);
             EXPECT_EQ(::seteuid(Owner), 0);
         }

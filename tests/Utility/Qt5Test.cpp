@@ -2,14 +2,14 @@
 #include <Orv/Utility/FileTypeCheck.h>
 #include <Orv/Utility/RandomString.h>
 
-#include "FolderTest.h"
+#include "DirectoryTest.h"
 
 #include <QScopeGuard>
 #include <QTextCodec>
 
 using Orv::Utitlity::RandomString;
 
-class Qt5Test : public FolderTest { };
+class Qt5Test : public DirectoryTest { };
 
 TEST_F(Qt5Test, FileTypesOfNamesInTheEncodingOfTheLocale)
 {

@@ -1,7 +1,7 @@
 #include <Orv/Utility/FileInfo.h>
 #include <Orv/Utility/SymlinkInfo.h>
 
-#include "FolderTest.h"
+#include "DirectoryTest.h"
 
 #include <cerrno>
 #include <cstring>
@@ -26,7 +26,7 @@ void setTime(const QString& path, time_t seconds)
 }
 
 /// A file, a link to it, a dangling link, and a missing path. Some names are non-ASCII, to test their encoding.
-class SymlinkInfoTest : public FolderTest {
+class SymlinkInfoTest : public DirectoryTest {
 protected:
     void SetUp() override
     {

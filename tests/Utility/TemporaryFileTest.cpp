@@ -1,6 +1,6 @@
 #include <Orv/Utility/TemporaryFile.h>
 
-#include "FolderTest.h"
+#include "DirectoryTest.h"
 
 #include <QDir>
 
@@ -8,10 +8,10 @@ using Orv::Utility::TemporaryFile;
 
 namespace {
 
-class TemporaryFileTest : public FolderTest {
+class TemporaryFileTest : public DirectoryTest {
 protected:
     void SetUp() override { ASSERT_TRUE(m_file->open() && m_file->write("12345") == 5 && m_file->flush()); }
-    int fileCount() const { return QDir(m_folder.path()).entryList(QDir::Files | QDir::Hidden).size(); }
+    int fileCount() const { return QDir(m_directory.path()).entryList(QDir::Files | QDir::Hidden).size(); }
 
     QObject m_parent;
     TemporaryFile* m_file = new TemporaryFile(pathOf("part-XXXXXX"), &m_parent);

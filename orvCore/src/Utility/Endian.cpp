@@ -66,8 +66,8 @@ void Endian::StringToBytes(const QByteArray& source, QByteArray& data, int offse
     const QByteArray field = source.left(length); // a copy, in case source and data are the same array
     if (!grow(data, offset, length))
         return;
-    char* const place = data.data() + offset;
-    std::fill(std::copy(field.begin(), field.end(), place), place + length, '\0');
+    char* const begin = data.data() + offset;
+    std::fill(std::copy(field.begin(), field.end(), begin), begin + length, '\0');
 }
 
 QByteArray Endian::BytesToString(const QByteArray& data, int offset, int length)

@@ -1,6 +1,6 @@
 #include <Orv/Core/FS/FileInfo.h>
 
-#include "FolderTest.h"
+#include "DirectoryTest.h"
 #include "ScopedTimeZone.h"
 
 #include <QDir>
@@ -15,7 +15,7 @@ namespace {
 
 const QDateTime Time(QDate(2024, 7, 1), QTime(23, 30), Qt::UTC);
 
-class FileInfoTest : public FolderTest {
+class FileInfoTest : public DirectoryTest {
 protected:
     QString makeFile(const char* name, const QByteArray& content) const
     {
@@ -69,7 +69,7 @@ TEST_F(FileInfoTest, AgreesWithQFileInfo)
     QStringList paths = {"", ".", "..", "//", "/tmp/", "/usr//bin/../lib", "/etc/passwd/", ":/resource", "x:y",
         "/etc/passwd" + QString(QChar(0)), pathOf("root/"), pathOf("dangling/")};
     const QDir::Filters all = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
-    for (const QString& top : {m_folder.path(), QString("/etc"), QString("/dev"), QString("/proc/self"),
+    for (const QString& top : {m_directory.path(), QString("/etc"), QString("/dev"), QString("/proc/self"),
              QString("/root"), QString("/sys/class"), QString("/usr/bin"), QString("/usr/lib")}) {
         QDirIterator item(top, all, QDirIterator::Subdirectories);
         for (int i = 0; i < 2000 && item.hasNext(); ++i)
@@ -100,9 +100,9 @@ TEST_F(FileInfoTest, Snapshot)
     EXPECT_EQ(file.permissions() & ~(QFile::ReadUser | QFile::WriteUser | QFile::ExeUser),
         QFile::ReadOwner | QFile::ExeOther);
 
-    const FileInfo directory(m_folder.path() + QLatin1Char('/'));
+    const FileInfo directory(m_directory.path() + QLatin1Char('/'));
     EXPECT_TRUE(directory.isDir() && !directory.isFile() && directory.isExist());
-    EXPECT_EQ(directory.size(), QFileInfo(m_folder.path()).size());
+    EXPECT_EQ(directory.size(), QFileInfo(m_directory.path()).size());
 }
 
 TEST_F(FileInfoTest, UnchangedUntilRefreshed)
@@ -117,9 +117,9 @@ TEST_F(FileInfoTest, UnchangedUntilRefreshed)
     makeFile("file", "1234567");
     info.refresh();
     EXPECT_EQ(stateOf(info), "file, exists, readable, permissions, 2024, 7");
-    info.refresh(m_folder.path());
+    info.refresh(m_directory.path());
     EXPECT_TRUE(info.isDir());
-    EXPECT_EQ(info.absoluteFilePath(), m_folder.path());
+    EXPECT_EQ(info.absoluteFilePath(), m_directory.path());
 }
 
 TEST_F(FileInfoTest, MissingEntries)

@@ -6,7 +6,7 @@
 
 namespace Orv::Core::Encryption {
 
-/// The array's bytes as Crypto++ takes them.
+/// The array's bytes as Crypto++ expects them.
 inline const CryptoPP::byte* bytes(const QByteArray& array)
 {
     return reinterpret_cast<const CryptoPP::byte*>(array.constData());

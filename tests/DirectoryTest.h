@@ -6,10 +6,10 @@
 #include <QTemporaryDir>
 
 /// A test with a temporary directory and a collector of log messages.
-class FolderTest : public testing::Test {
+class DirectoryTest : public testing::Test {
 protected:
-    QString pathOf(const QString& name) const { return m_folder.filePath(name); }
+    QString pathOf(const QString& name) const { return m_directory.filePath(name); }
 
-    const QTemporaryDir m_folder;
+    const QTemporaryDir m_directory;
     LoggedLines logged;
 };
