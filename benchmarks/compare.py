@@ -3,16 +3,16 @@
 
 usage: compare.py ORVBENCH OTHER_ORVBENCH ROUNDS [ORVBENCH_OPTION...]
 
-Prints a table of the ratios of throughput of the library to that of a bare dependency or a peer, in both builds, and
-of the library's own processor time. The builds take turns, so that other load on the machine affects both; figures are
-medians of the rounds. A negative change is a ratio that is lower in the other build.
+Prints a table: the library's throughput relative to that of a bare dependency or a peer, in both builds, and the
+library's own processor time in the other build relative to this one. A negative change means that the ratio is lower in
+the other build. The builds take turns, and each row counts with its fastest round, because other load on the machine can
+only slow it down.
 """
-import statistics
 import subprocess
 import sys
 import tempfile
 
-from report import add_bench_times, comparisons, ratio
+from report import add_bench_times, comparisons
 
 
 def add_round(samples, program, options):
@@ -36,10 +36,10 @@ def main():
     for subject, other, ours, theirs, *_ in comparisons(builds[0]):
         if (subject, other) not in others:  # a peer that only one build has
             continue
-        their_ours, their_theirs = others[subject, other]
-        first, second = ratio(theirs, ours), ratio(their_theirs, their_ours)
+        other_ours, other_theirs = others[subject, other]
+        first, second = min(theirs) / min(ours), min(other_theirs) / min(other_ours)
         lines.append((second / first - 1, f"| {subject} | {other} | {first:.2f} | {second:.2f} |"
-                      f" {100 * (second / first - 1):+.0f} % | {ratio(their_ours, ours):.2f} |"))
+                      f" {100 * (second / first - 1):+.0f} % | {min(other_ours) / min(ours):.2f} |"))
     print("\n".join(line for _, line in sorted(lines)))
 
 

@@ -22,7 +22,7 @@ if [ "${1:-}" = --compare ]; then
     rm -rf "$build-compared" # or it would keep the options of the last time
     build "$build-compared" "${@:2}"
     python3 benchmarks/compare.py {"$build","$build-compared"}/benchmarks/orvBench 9 \
-        --benchmark_min_time=0.02 --benchmark_filter='-growth.*'
+        --benchmark_min_time=0.01 --benchmark_filter='-growth.*'
     exit
 fi
 
