@@ -106,8 +106,8 @@ def measure(orvseal, repetitions, mebibytes, work):
 
 
 def peak_memory(run):
-    """Peak resident memory, in MiB, of the largest process that `run` starts. Measured in a child process, so the figure
-    includes this script's own size (about 11 MiB) as a lower bound."""
+    """Peak resident memory, in MiB, of the largest process that `run` starts. Measured in a child process, so this
+    script's own size (about 11 MiB) is a lower bound."""
     reader, writer = os.pipe()
     child = os.fork()
     if child == 0:

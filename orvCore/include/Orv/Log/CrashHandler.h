@@ -9,9 +9,8 @@
 /// with `c++filt`) and other functions by file and offset (decode them with `addr2line`).
 ///
 /// - The report allocates no memory and does not block on the library's lock, so it is also written if the crash
-/// happened
-///   inside `malloc()` or inside the log. If something else blocks, such as the dynamic linker's lock, SIGALRM ends the
-///   process after 4 seconds.
+///   happened inside `malloc()` or inside the log. If something else blocks, such as the dynamic linker's lock, SIGALRM
+///   ends the process after 4 seconds.
 /// - Reporting a stack overflow needs an alternate signal stack. The thread that calls `LogManager::init()` gets one
 ///   unless it already has one; other threads install their own, of at least 64 KiB, with `sigaltstack()`.
 /// - If another thread holds the log's lock for more than half a second, its entries may be mixed into the report.

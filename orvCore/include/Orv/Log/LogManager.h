@@ -11,9 +11,8 @@ namespace Orv {
 /// Before `init()`, messages go to Qt's default handler. Loading the library has no effect: it opens no file and
 /// installs no handler. After `init()`, every Qt message of the process is written as one entry, "date time [LEVEL]:
 /// message" with microseconds:
-/// - to the file "log_" + prefix + ".log" in the log directory, if `setOutToFile(true)`. After the entry that brings it
-/// to
-///   2097152 bytes or more, the file is rotated: renamed with a timestamp (see `logsRollout`) and replaced by a new
+/// - to the file "log_" + prefix + ".log" in the log directory, if `setOutToFile(true)`. After the entry that takes it
+///   to 2097152 bytes or more, the file is rotated: renamed with a timestamp (see `logsRollout`) and replaced by a new
 ///   one;
 /// - to standard output, if `setOutToStream(true)`, in color if it was a terminal when `init()` was called;
 /// - to the shadow log, if configured, which is never rotated and stays on when the log is disabled.

@@ -27,8 +27,7 @@ enum class LinkPolicy : qint32 {
 /// Same, with a policy. With `LinkPolicy::Refuse`, each component is opened relative to its parent directory, so no
 /// link can be inserted during the call. Logs a warning, returns false and changes nothing if the path contains a link
 /// or "..", names a file with several hard links, or contains a directory that cannot be opened for reading. On macOS,
-/// "/tmp",
-/// "/var" and "/etc" are links: pass the path below "/private".
+/// "/tmp", "/var" and "/etc" are links: pass the path below "/private".
 ORV_EXPORT bool changeOwnershipForPath(const QString& path, LinkPolicy policy);
 
 } // namespace Orv::Utility
