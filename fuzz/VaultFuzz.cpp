@@ -1,7 +1,7 @@
 #include "Fuzz.h"
 
 #include "Files.h"
-#include "orvseal/Vault.h"
+#include "orvseal/Manifest.h"
 
 #include <Orv/Core/Encryption/Key.h>
 #include <Orv/Exception.h>
@@ -21,14 +21,14 @@ using Orv::Core::Encryption::Key;
 
 namespace {
 
-const QString& vaultFolder()
+const QString& vaultDirectory()
 {
-    static const QTemporaryDir folder; // tools/fuzz.sh has it in memory
-    static const QString path = folder.path();
+    static const QTemporaryDir directory; // tools/fuzz.sh keeps it in memory
+    static const QString path = directory.path();
     return path;
 }
 
-/// What `read` gives, or nothing if it refuses the vault. Any other exception ends the process.
+/// The result of `read`, or nothing if it refuses the vault. Any other exception ends the process.
 template <class Read> auto unlessRefused(const Read& read) -> std::optional<decltype(read())>
 {
     try {
@@ -41,17 +41,17 @@ template <class Read> auto unlessRefused(const Read& read) -> std::optional<decl
 
 void checkHead(const QByteArray& json)
 {
-    writeFile(headPath(vaultFolder()), json);
-    const auto head = unlessRefused([] { return readHead(vaultFolder()); });
+    writeFile(headPath(vaultDirectory()), json);
+    const auto head = unlessRefused([] { return readHead(vaultDirectory()); });
     if (!head)
         return;
     require(head->format == 2 || head->manifestIv.size() == Key::ivLength(head->algorithm), "the IV fits the cipher");
     require(head->format == 1 || head->macSalt != head->salt, "the two keys differ");
     require(!head->manifestName.contains('/'), "the manifest is in the vault");
-    require(head->iterations >= 1 && head->iterations <= 2000000, "the key can be made in seconds");
+    require(head->iterations >= 1 && head->iterations <= 2000000, "the key can be derived in seconds");
 }
 
-// Vaults whose keys cost nothing
+// Vaults whose keys need no derivation
 VaultHead headOf(int format)
 {
     VaultHead head;
@@ -77,55 +77,56 @@ QByteArray encrypted(const QByteArray& plain)
     return sealed;
 }
 
-/// A manifest of these lines, as somebody with the password could make it.
+/// Writes an authentic manifest of any lines, as somebody with the password could.
 void writeAuthentic(const VaultHead& head, const QByteArray& lines)
 {
     if (head.format == 1) {
         const QByteArray hash = QCryptographicHash::hash(lines, QCryptographicHash::Sha256).toHex();
-        writeFile(manifestPath(vaultFolder(), head), encrypted("orvseal manifest 1 " + hash + '\n' + lines));
+        writeFile(manifestPath(vaultDirectory(), head), encrypted("orvseal manifest 1 " + hash + '\n' + lines));
         return;
     }
     const QByteArray rest = First.manifestIv + encrypted(lines);
     const QByteArray headHash = QCryptographicHash::hash(head.json, QCryptographicHash::Sha256);
     const QByteArray mac = QMessageAuthenticationCode::hash(headHash + rest, Keys.macKey, QCryptographicHash::Sha256);
-    writeFile(manifestPath(vaultFolder(), head), mac + rest);
+    writeFile(manifestPath(vaultDirectory(), head), mac + rest);
 }
 
 Entries readEntries(const VaultHead& head)
 {
-    return readManifest(vaultFolder(), head, Keys);
+    return readManifest(vaultDirectory(), head, Keys);
 }
 
 void checkPaths(const Entries& entries)
 {
-    QSet<QString> folders{QString()}; // the one that everything is opened in
+    QSet<QString> directories{QString()}; // the one that everything is restored in
     QSet<QString> paths;
     QSet<QString> sealedNames;
     for (const Entry& entry : entries) {
         if (entry.path.isEmpty()) {
-            require(entry.type == Entry::Folder && &entry == &entries.front(), "only the whole has no name");
+            require(entry.type == Entry::Directory && &entry == &entries.front(), "only the root has no name");
             continue;
         }
         const int slash = entry.path.lastIndexOf('/');
-        require(
-            folders.contains(entry.path.left(std::max(0, slash))) && slash != 0, "the parent is a folder before it");
+        require(directories.contains(entry.path.left(std::max(0, slash))) && slash != 0,
+            "the parent is a directory before it");
         for (const QString& name : entry.path.split('/'))
             require(
                 !name.isEmpty() && name != "." && name != ".." && !name.contains(QChar(0)), "it leads nowhere else");
         require(!paths.contains(entry.path), "it is the only one of its name");
         paths.insert(entry.path);
-        if (entry.type == Entry::Folder)
-            folders.insert(entry.path);
+        if (entry.type == Entry::Directory)
+            directories.insert(entry.path);
         if (entry.type == Entry::HardLink)
             require(find(entries, entry.target)->type == Entry::File, "a hard link leads to a file of the vault");
         if (entry.type != Entry::File)
             continue;
         const QString name = QFileInfo(sealedPath("/vault", entry)).absoluteFilePath();
-        require(name == QDir::cleanPath(name) && QFileInfo(name).path() == dataFolder("/vault"),
+        require(name == QDir::cleanPath(name) && QFileInfo(name).path() == dataDirectory("/vault"),
             "its data is in the vault");
         require(!sealedNames.contains(name), "its data is its own");
         sealedNames.insert(name);
-        require(entry.size >= 0 && entry.iv.size() == 16 && entry.treeHash.size() == 16, "its numbers are possible");
+        require(entry.size >= 0 && QByteArray(entry.iv).size() == 16 && QByteArray(entry.treeHash).size() == 16,
+            "its numbers are possible");
     }
 }
 
@@ -138,7 +139,7 @@ void checkLines(const VaultHead& head, const QByteArray& lines)
     checkPaths(*entries);
     if (head.format == 1)
         return;
-    writeManifest(vaultFolder(), head, Keys, *entries);
+    writeManifest(vaultDirectory(), head, Keys, *entries);
     require(readEntries(head).size() == entries->size(), "a manifest that is written again has as many entries");
 }
 
@@ -157,7 +158,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
         checkLines(Second, content);
     } else {
         const VaultHead& head = kind == 1 ? Second : First;
-        writeFile(manifestPath(vaultFolder(), head), kind == 1 ? content : encrypted(content));
+        writeFile(manifestPath(vaultDirectory(), head), kind == 1 ? content : encrypted(content));
         require(!unlessRefused([&head] { return readEntries(head); }), "what is not authentic is refused");
     }
     return 0;

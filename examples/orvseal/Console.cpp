@@ -7,6 +7,7 @@
 #include <Orv/Utility/TimeDuration.h>
 
 #include <QFile>
+#include <QScopeGuard>
 #include <QTextStream>
 
 #include <cerrno>
@@ -14,6 +15,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+using Orv::Exception::Base;
 using Orv::Utility::SizeToString;
 using Orv::Utility::TimeDuration;
 
@@ -23,30 +25,17 @@ namespace {
 
 constexpr int LongestPassword = 64 * 1024; // bytes
 
-/// Switches the terminal's echo off for its own lifetime.
-class SilentTerminal {
-public:
-    SilentTerminal()
-    {
-        m_changed = ::tcgetattr(STDIN_FILENO, &m_before) == 0;
-        termios silent = m_before;
-        silent.c_lflag &= ~tcflag_t(ECHO);
-        m_changed = m_changed && ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent) == 0;
-        if (!m_changed)
-            throw Orv::Exception::Base(QStringLiteral("the terminal's echo cannot be switched off"));
-    }
-    ~SilentTerminal() { ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &m_before); }
-    SilentTerminal(const SilentTerminal&) = delete;
-    SilentTerminal& operator=(const SilentTerminal&) = delete;
-
-private:
-    termios m_before = {};
-    bool m_changed = false;
-};
-
 QByteArray typedPassword(const char* prompt)
 {
-    const SilentTerminal silence;
+    termios before = {};
+    bool isSilent = ::tcgetattr(STDIN_FILENO, &before) == 0;
+    termios silent = before;
+    silent.c_lflag &= ~tcflag_t(ECHO);
+    isSilent = isSilent && ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent) == 0;
+    if (!isSilent)
+        throw Base(QStringLiteral("the terminal's echo cannot be switched off"));
+    const auto restore = qScopeGuard([&before] { ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &before); });
+
     std::fputs(prompt, stderr);
     QByteArray password;
     for (char character = 0; password.size() < LongestPassword;) {
@@ -58,18 +47,18 @@ QByteArray typedPassword(const char* prompt)
             break;
         password += character;
     }
-    std::fputs("\n", stderr); // the one that was typed had no echo either
+    std::fputs("\n", stderr); // the typed one had no echo either
     return password;
 }
 
 QByteArray promptedPassword(bool confirmed)
 {
     if (!::isatty(STDIN_FILENO))
-        throw Orv::Exception::Base(
+        throw Base(
             QStringLiteral("no password: give --password-file, set ORVSEAL_PASSWORD, or start orvseal on a terminal"));
     const QByteArray password = typedPassword("Password: ");
     if (confirmed && typedPassword("The same again: ") != password)
-        throw Orv::Exception::Base(QStringLiteral("the two passwords differ"));
+        throw Base(QStringLiteral("the two passwords differ"));
     return password;
 }
 
@@ -77,10 +66,10 @@ QByteArray passwordOfFile(const QString& path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        throw Orv::Exception::Base(QStringLiteral("the password file cannot be read: ") + file.errorString());
+        throw Base(QStringLiteral("the password file cannot be read: ") + file.errorString());
     QByteArray password = file.read(LongestPassword);
     if (file.error() != QFile::NoError || !file.atEnd())
-        throw Orv::Exception::Base(QStringLiteral("the password file cannot be read, or is too long"));
+        throw Base(QStringLiteral("the password file cannot be read, or is too long"));
     if (password.endsWith('\n'))
         password.chop(1);
     return password;
@@ -128,7 +117,7 @@ QByteArray obtainPassword(const QString& passwordFile, bool confirmed)
     else
         password = promptedPassword(confirmed);
     if (password.isEmpty())
-        throw Orv::Exception::Base(QStringLiteral("an empty password is no password"));
+        throw Base(QStringLiteral("the password is empty"));
     return password;
 }
 

@@ -5,7 +5,6 @@
 
 #include <Orv/Utility/FileInfo.h>
 
-#include <QDir>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -13,7 +12,6 @@
 #include <chrono>
 #include <cstring>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 using Orv::Exception::Base;
@@ -24,48 +22,17 @@ namespace orvseal {
 
 namespace {
 
-/// Where a folder is or would be, with all links on the way resolved; empty if its parent does not exist.
-QString canonicalPath(const QString& path)
+bool isZero(const char* begin, const char* end)
 {
-    const QFileInfo info(QDir::cleanPath(path));
-    if (info.exists())
-        return info.canonicalFilePath();
-    const QString parent = QFileInfo(info.absolutePath()).canonicalFilePath();
-    return parent.isEmpty() ? parent : QDir::cleanPath(parent + '/' + info.fileName());
+    return *begin == 0 && std::memcmp(begin, begin + 1, std::size_t(end - begin - 1)) == 0;
 }
 
-bool isInside(const QString& inner, const QString& outer)
+/// Removes a file of that name: a run that was killed may have left one.
+QString temporaryName(const QString& path)
 {
-    return inner == outer || inner.startsWith(outer.endsWith('/') ? outer : outer + '/');
-}
-
-FileState toState(const struct stat& status)
-{
-    const mode_t nineBits = S_IRWXU | S_IRWXG | S_IRWXO;
-    FileState state;
-    if (S_ISREG(status.st_mode))
-        state.type = FileState::File;
-    else if (S_ISDIR(status.st_mode))
-        state.type = FileState::Folder;
-    else if (S_ISLNK(status.st_mode))
-        state.type = FileState::Link;
-    // The sticky bit of a folder keeps its users from removing each other's files. The bits that lend a program the
-    // rights of its owner are left out: what is opened may belong to somebody else, who lent nothing.
-    state.permissions = int(status.st_mode & (S_ISDIR(status.st_mode) ? nineBits | S_ISVTX : nineBits));
-    state.lendsRights = (status.st_mode & (S_ISUID | S_ISGID)) != 0;
-    state.size = status.st_size;
-    state.modified = modifiedTime(status);
-    state.owner = qint64(status.st_uid);
-    state.group = qint64(status.st_gid);
-    state.device = quint64(status.st_dev);
-    state.inode = quint64(status.st_ino);
-    state.names = quint64(status.st_nlink);
-    return state;
-}
-
-bool isZero(const char* data, qint64 size)
-{
-    return data[0] == 0 && std::memcmp(data, data + 1, std::size_t(size - 1)) == 0;
+    const QString temporary = path + QStringLiteral(".new");
+    QFile::remove(temporary);
+    return temporary;
 }
 
 } // namespace
@@ -75,29 +42,44 @@ fs::path nativePath(const QString& path)
     return fs::path(path.toStdString());
 }
 
+fs::file_type typeOf(const QString& path)
+{
+    std::error_code error;
+    return fs::symlink_status(nativePath(path), error).type();
+}
+
+void throwIf(const std::error_code& error)
+{
+    if (error)
+        throw Base(QString::fromStdString(error.message()));
+}
+
 void requireOutside(const QString& path, const QString& source)
 {
-    if (isInside(canonicalPath(path), canonicalPath(source)))
+    std::error_code error; // leaves an empty path, which is inside of nothing
+    const fs::path inner = fs::weakly_canonical(nativePath(path), error);
+    const fs::path relative = inner.lexically_relative(fs::weakly_canonical(nativePath(source), error));
+    if (!relative.empty() && *relative.begin() != "..")
         throw Base(QStringLiteral("%1 is in %2, from which it would be filled").arg(path, source));
 }
 
-void prepareEmptyFolder(const QString& path, const QString& source)
+void prepareEmptyDirectory(const QString& path, const QString& source)
 {
     requireOutside(path, source);
     std::error_code error;
-    if (fs::symlink_status(nativePath(path), error).type() == fs::file_type::not_found)
-        makeFolder(path);
+    if (typeOf(path) == fs::file_type::not_found)
+        makeDirectory(path);
     else if (!fs::is_directory(nativePath(path), error) || !fs::is_empty(nativePath(path), error) || error)
-        throw Base(QStringLiteral("%1 exists and is not an empty folder").arg(path));
+        throw Base(QStringLiteral("%1 exists and is not an empty directory").arg(path));
 }
 
-void makeFolder(const QString& path)
+void makeDirectory(const QString& path)
 {
     if (::mkdir(nativePath(path).c_str(), S_IRWXU) != 0)
-        throw Base(QStringLiteral("the folder %1 cannot be made: %2").arg(path, qt_error_string(errno)));
+        throw Base(QStringLiteral("the directory %1 cannot be created: %2").arg(path, qt_error_string(errno)));
 }
 
-void flushFolder(const QString& path)
+void flushDirectory(const QString& path)
 {
     const int descriptor = ::open(nativePath(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     const bool flushed = descriptor >= 0 && flushVolume(descriptor);
@@ -105,23 +87,36 @@ void flushFolder(const QString& path)
     if (descriptor >= 0)
         ::close(descriptor);
     if (!flushed)
-        throw CannotGoOn(QStringLiteral("%1 cannot be brought to the disk: %2").arg(path, qt_error_string(reason)));
+        throw CannotGoOn(QStringLiteral("%1 cannot be flushed to the disk: %2").arg(path, qt_error_string(reason)));
 }
 
 FileState stateOf(const QString& path)
 {
-    struct stat status = {};
-    if (::lstat(nativePath(path).c_str(), &status) != 0)
+    FileState state = {};
+    if (::lstat(nativePath(path).c_str(), &state) != 0)
         throw Base(qt_error_string(errno));
-    return toState(status);
+    return state;
 }
 
 FileState stateOf(const QFile& file)
 {
-    struct stat status = {};
-    if (::fstat(file.handle(), &status) != 0)
+    FileState state = {};
+    if (::fstat(file.handle(), &state) != 0)
         throw Base(qt_error_string(errno));
-    return toState(status);
+    return state;
+}
+
+int permissionsOf(const FileState& state)
+{
+    // The sticky bit of a directory keeps its users from removing each other's files. The bits that lend a program its
+    // owner's rights are left out: the restored file may have another owner.
+    const mode_t nineBits = S_IRWXU | S_IRWXG | S_IRWXO;
+    return int(state.st_mode & (S_ISDIR(state.st_mode) ? nineBits | S_ISVTX : nineBits));
+}
+
+bool isSameContent(const FileState& a, const FileState& b)
+{
+    return a.st_size == b.st_size && modifiedTime(a) == modifiedTime(b);
 }
 
 FileState openToRead(QFile& file, const QString& prefix)
@@ -130,13 +125,13 @@ FileState openToRead(QFile& file, const QString& prefix)
     const QString notRegular = prefix + QStringLiteral("not a regular file");
     if (descriptor < 0)
         throw Base(errno == ELOOP ? notRegular : prefix + qt_error_string(errno)); // ELOOP: a link
-    struct stat status = {};
-    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode) ||
+    FileState state = {};
+    if (::fstat(descriptor, &state) != 0 || !S_ISREG(state.st_mode) ||
         !file.open(descriptor, QIODevice::ReadOnly | QIODevice::Unbuffered, QFile::AutoCloseHandle)) {
         ::close(descriptor);
         throw Base(notRegular);
     }
-    return toState(status);
+    return state;
 }
 
 void setPermissions(const QString& path, int permissions)
@@ -156,14 +151,14 @@ void setModified(const QString& path, qint64 modified)
 bool setOwner(const QString& path, qint64 owner, qint64 group)
 {
     const FileState state = stateOf(path);
-    if (state.owner == owner && state.group == group)
+    if (state.st_uid == owner && state.st_gid == group)
         return true;
     const fs::path place = nativePath(path);
     if (::lchown(place.c_str(), uid_t(owner), gid_t(group)) == 0)
         return true;
-    // A group of one's own may be given without the right to change owners.
+    // A user may give files to his groups without the right to change owners.
     const bool groupGiven = ::lchown(place.c_str(), uid_t(-1), gid_t(group)) == 0;
-    return groupGiven && state.owner == owner;
+    return groupGiven && state.st_uid == owner;
 }
 
 NewFile::NewFile(const QString& path) : m_file(path)
@@ -182,7 +177,7 @@ NewFile::~NewFile()
 
 void NewFile::write(const char* data, qint64 size)
 {
-    // A disk that runs full takes a part first, and gives the reason only when it is asked to take the rest.
+    // A disk that becomes full accepts a part first, and gives the reason only when the rest is written.
     while (size > 0) {
         const qint64 written = m_file.write(data, size);
         if (written <= 0)
@@ -195,28 +190,24 @@ void NewFile::write(const char* data, qint64 size)
 
 void NewFile::writeSparse(const char* data, qint64 size)
 {
-    static constexpr qint64 BlockSize = 4096; // bytes; of the file systems in use
+    static constexpr qint64 BlockSize = 4096; // bytes, as in most file systems
     const char* const end = data + size;
+    const auto blockEnd = [&](const char* from) { // blocks are those of the file
+        const qint64 position = m_size + (from - data);
+        return from + std::min<qint64>(end - from, BlockSize - position % BlockSize);
+    };
     while (data < end) {
-        const char* next = data;
-        bool isHole = false;
-        while (next < end) { // as far as the blocks are alike
-            const qint64 position = m_size + (next - data);
-            const qint64 block = std::min<qint64>(end - next, BlockSize - position % BlockSize);
-            const bool zero = isZero(next, block);
-            if (next == data)
-                isHole = zero;
-            else if (zero != isHole)
-                break;
-            next += block;
-        }
-        if (!isHole) {
-            write(data, next - data);
-        } else {
-            m_size += next - data;
-            if (!m_file.seek(m_size))
-                fail();
-        }
+        const char* next = blockEnd(data);
+        const bool isHole = isZero(data, next);
+        while (next < end && isZero(next, blockEnd(next)) == isHole)
+            next = blockEnd(next);
+        const qint64 written = next - data;
+        if (!isHole)
+            write(data, written);
+        else if (m_file.seek(m_size + written))
+            m_size += written;
+        else
+            fail();
         data = next;
     }
 }
@@ -240,32 +231,34 @@ void NewFile::close()
 
 void NewFile::keepAs(const QString& path)
 {
+    if (typeOf(path) != fs::file_type::not_found)
+        throw Base(QStringLiteral("something of that name exists already"));
     std::error_code error;
-    if (fs::symlink_status(nativePath(path), error).type() != fs::file_type::not_found)
-        throw Base(QStringLiteral("there is something of that name already"));
     fs::rename(nativePath(m_file.fileName()), nativePath(path), error);
-    if (error)
-        throw Base(QString::fromStdString(error.message()));
-    m_kept = true;
+    throwIf(error);
+    keep();
 }
 
-void NewFile::replace(const QString& path)
+void NewFile::fail(QString reason) const
 {
+    if (reason.isNull())
+        reason = m_file.errorString();
+    throw CannotGoOn(QStringLiteral("%1 cannot be written: %2").arg(m_file.fileName(), reason));
+}
+
+Replacement::Replacement(const QString& path) : NewFile(temporaryName(path)), m_path(path)
+{
+}
+
+void Replacement::commit()
+{
+    close();
+    flushDirectory(QFileInfo(m_path).path());
     std::error_code error;
-    fs::rename(nativePath(m_file.fileName()), nativePath(path), error);
+    fs::rename(nativePath(m_file.fileName()), nativePath(m_path), error);
     if (error)
         fail(QString::fromStdString(error.message()));
-    m_kept = true;
-}
-
-void NewFile::fail() const
-{
-    fail(m_file.errorString());
-}
-
-void NewFile::fail(const QString& reason) const
-{
-    throw CannotGoOn(QStringLiteral("%1 cannot be written: %2").arg(m_file.fileName(), reason));
+    keep();
 }
 
 } // namespace orvseal

@@ -1,18 +1,16 @@
 #include "Commands.h"
 #include "Console.h"
 #include "Files.h"
+#include "Manifest.h"
 #include "SealedFile.h"
-#include "Vault.h"
 #include "Work.h"
 
 #include <QDateTime>
 #include <QDir>
-#include <QSet>
 #include <QTemporaryDir>
 
 #include <algorithm>
 #include <mutex>
-#include <set>
 #include <sys/stat.h>
 
 using Orv::Exception::Base;
@@ -25,7 +23,7 @@ namespace {
 
 constexpr qint64 MostBytes = qint64(1) << 53;
 
-/// A vault whose password was right and whose manifest can be believed.
+/// A vault whose manifest is authentic.
 struct OpenedVault {
     QString path;
     VaultHead head;
@@ -42,7 +40,7 @@ OpenedVault unlock(const QString& path, const Options& options)
     return {path, head, keys.cipher, readManifest(path, head, keys)};
 }
 
-/// Lists the files of the vault and says what is about to be done with them.
+/// Lists the vault's files and announces what will be done with them.
 void begin(OpenedVault& vault, const QString& activity, Report& report)
 {
     qint64 bytes = 0;
@@ -50,36 +48,31 @@ void begin(OpenedVault& vault, const QString& activity, Report& report)
         if (entry.type != Entry::File)
             continue;
         vault.files.push_back(&entry);
-        // Wrong sizes may add up to more than a number holds; it only serves to show the progress.
+        // Only for the progress: wrong sizes may overflow.
         bytes = std::min(bytes + entry.size, MostBytes);
     }
     report.begin(activity, qint64(vault.files.size()), bytes);
 }
 
-/// Leaves only the entries of these paths, what is in them, and the folders above them.
+/// Keeps only the entries of these paths, their content, and the directories above them.
 void select(OpenedVault& vault, const QStringList& paths, Report& report)
 {
-    std::set<QString> wanted;
-    std::set<QString> above;
+    QStringList wanted; // with a slash at the end, as below
     for (const QString& text : paths) {
         const QString path = QDir::cleanPath(text);
-        if (find(vault.entries, path) == nullptr) {
+        if (find(vault.entries, path) != nullptr)
+            wanted += path + '/';
+        else
             report.problem(path, QStringLiteral("it is not in the vault"));
-            continue;
-        }
-        wanted.insert(path);
-        for (int slash = path.lastIndexOf('/'); slash > 0; slash = path.lastIndexOf('/', slash - 1))
-            above.insert(path.left(slash));
     }
-    if (wanted.empty())
-        throw Base(QStringLiteral("nothing of that is in the vault"));
+    if (wanted.isEmpty())
+        throw Base(QStringLiteral("none of these paths is in the vault"));
 
     Entries chosen;
     for (const Entry& entry : vault.entries) {
-        bool isChosen = above.count(entry.path) > 0;
-        for (int end = entry.path.size(); end > 0 && !isChosen; end = entry.path.lastIndexOf('/', end - 1))
-            isChosen = wanted.count(entry.path.left(end)) > 0;
-        if (isChosen)
+        const QString path = entry.path + '/';
+        if (std::any_of(wanted.begin(), wanted.end(),
+                [&](const QString& some) { return path.startsWith(some) || some.startsWith(path); }))
             chosen.push_back(entry);
     }
     completeHardLinks(chosen, vault.entries);
@@ -99,34 +92,24 @@ void unsealAll(const OpenedVault& vault, const Options& options, Report& report,
     forEachIndex(vault.files.size(), options.jobs, task, [&report] { report.show(); });
 }
 
-/// Files in the vault that belong to no entry. Those that a run left behind that was killed are no problem.
+/// Reports files in the vault that belong to no entry. Those of a run that was killed are no problem.
 void reportSurplus(const OpenedVault& vault, Report& report)
 {
-    static const QSet<QString> Own = {QStringLiteral("vault.json"), QStringLiteral("vault.json.new"),
-        QStringLiteral("manifest"), QStringLiteral("manifest.new"), QStringLiteral("manifest-2"),
-        QStringLiteral("manifest-2.new"), QStringLiteral("data"), QStringLiteral("lock")};
     const QString surplus = QStringLiteral("surplus: it belongs to no entry");
     for (const fs::directory_entry& item : fs::directory_iterator(nativePath(vault.path))) {
         const QString name = QString::fromStdString(item.path().filename());
-        if (!Own.contains(name))
+        if (!isVaultName(name))
             report.problem(name, surplus);
     }
-    QSet<QByteArray> expected;
-    for (const Entry* file : vault.files)
-        expected.insert(vault.head.format == 1 ? file->formerName.toUtf8() : file->iv);
-    for (const fs::directory_entry& item : fs::directory_iterator(nativePath(dataFolder(vault.path)))) {
-        const QString name = QString::fromStdString(item.path().filename());
-        const QByteArray text = name.toUtf8();
-        if (expected.contains(vault.head.format == 1 ? text : QByteArray::fromHex(text)))
-            continue;
+    for (const QString& name : surplusNames(vault.path, vault.entries)) {
         if (isSealedName(name))
-            report.countLeftOver();
+            report.count(Report::LeftOver);
         else
             report.problem(QStringLiteral("data/") + name, surplus);
     }
 }
 
-/// Puts what is in a vault into an empty folder.
+/// Restores entries into an empty directory.
 class Restoration {
 public:
     Restoration(const OpenedVault& vault, const QString& target, Report& report)
@@ -136,12 +119,12 @@ public:
             throw Base(QStringLiteral("%1 cannot be written: %2").arg(target, m_parts.errorString()));
     }
 
-    /// Makes the folders, writable until all is in them.
-    void makeFolders()
+    /// Creates the directories, writable until everything is in them.
+    void makeDirectories()
     {
-        forEach(Entry::Folder, [this](const Entry& entry) {
+        forEach(Entry::Directory, [this](const Entry& entry) {
             if (!entry.path.isEmpty())
-                makeFolder(placeOf(entry));
+                makeDirectory(placeOf(entry));
         });
     }
 
@@ -154,7 +137,7 @@ public:
             [&part](const char* data, qint64 size) { part.writeSparse(data, size); });
         part.close();
         setAttributes(partPath, entry);
-        // One at a time: where case does not count, two names may be one.
+        // One at a time: on a case-insensitive file system, two names may be the same.
         const std::lock_guard<std::mutex> lock(m_placing);
         part.keepAs(placeOf(entry));
     }
@@ -162,32 +145,27 @@ public:
     /// Links come after the files, so that nothing is ever written through one.
     void makeLinks()
     {
-        forEach(Entry::HardLink, [this](const Entry& entry) {
-            std::error_code error;
-            const QString file = m_target + '/' + entry.target;
-            fs::create_hard_link(nativePath(file), nativePath(placeOf(entry)), error);
-            if (error)
-                throw Base(QString::fromStdString(error.message()));
+        std::error_code error;
+        forEach(Entry::HardLink, [&](const Entry& entry) {
+            fs::create_hard_link(nativePath(m_target + '/' + entry.target), nativePath(placeOf(entry)), error);
+            throwIf(error);
         });
-        forEach(Entry::Link, [this](const Entry& entry) {
-            std::error_code error;
+        forEach(Entry::Link, [&](const Entry& entry) {
             fs::create_symlink(nativePath(entry.target), nativePath(placeOf(entry)), error);
-            if (error)
-                throw Base(QString::fromStdString(error.message()));
+            throwIf(error);
             giveToOwner(placeOf(entry), entry);
             setModified(placeOf(entry), entry.modified);
         });
     }
 
-    /// Folders get their times and permissions last and the deepest first: filling one changes its time, and may be
-    /// forbidden afterwards.
-    void finishFolders()
+    /// Directories get their times and permissions last, the deepest first: filling one changes its time, and its
+    /// permissions may forbid it.
+    void finishDirectories()
     {
         m_parts.remove();
         for (auto entry = m_vault.entries.rbegin(); entry != m_vault.entries.rend(); ++entry) {
-            if (entry->type != Entry::Folder)
-                continue;
-            m_report.attempt(entry->path, [&] { setAttributes(placeOf(*entry), *entry); });
+            if (entry->type == Entry::Directory)
+                m_report.attempt(entry->path, [&] { setAttributes(placeOf(*entry), *entry); });
         }
     }
 
@@ -197,7 +175,7 @@ private:
     void giveToOwner(const QString& place, const Entry& entry)
     {
         if (entry.owner != Entry::Nobody && !setOwner(place, entry.owner, entry.group))
-            m_report.countForeign();
+            m_report.count(Report::Foreign);
     }
 
     void setAttributes(const QString& place, const Entry& entry)
@@ -219,7 +197,7 @@ private:
     const QString m_target;
     Report& m_report;
     std::mutex m_placing;
-    QTemporaryDir m_parts; // files on their way; removes itself with whatever is left in it
+    QTemporaryDir m_parts; // files that are being written; removes itself
 };
 
 QString permissionText(const Entry& entry)
@@ -241,13 +219,13 @@ void openVault(
     OpenedVault vault = unlock(vaultPath, options);
     if (!paths.isEmpty())
         select(vault, paths, report);
-    prepareEmptyFolder(target, vaultPath);
+    prepareEmptyDirectory(target, vaultPath);
     begin(vault, QStringLiteral("opening"), report);
     Restoration restoration(vault, target, report);
-    restoration.makeFolders();
+    restoration.makeDirectories();
     unsealAll(vault, options, report, [&](const Entry& entry) { restoration.putFile(entry); });
     restoration.makeLinks();
-    restoration.finishFolders();
+    restoration.finishDirectories();
     report.finish(QStringLiteral("opened"), QString());
 }
 
@@ -266,7 +244,7 @@ void listVault(const QString& vaultPath, const Options& options)
     const OpenedVault vault = unlock(vaultPath, options);
     for (const Entry& entry : vault.entries) {
         if (entry.path.isEmpty())
-            continue; // the sealed folder itself
+            continue; // the sealed directory itself
         stopIfInterrupted();
         const QString size = entry.type == Entry::File ? sizeText(entry.size) : QString();
         const QDateTime modified = QDateTime::fromMSecsSinceEpoch(entry.modified / 1000000, Qt::UTC);

@@ -39,6 +39,27 @@ void printError(const QString& line)
     std::fprintf(stderr, "%s\n", qUtf8Printable(line));
 }
 
+void printAndLog(const QString& line)
+{
+    print(line);
+    Orv::OrvDebug("orvseal").info() << line;
+}
+
+struct NoteText {
+    const char* one;
+    const char* many; // behind the number
+};
+
+constexpr std::array<NoteText, Report::NoteCount> NoteTexts = {{
+    {"1 entry has extended attributes, which are not kept", " entries have extended attributes, which are not kept"},
+    {"1 entry has an access control list, which is not kept", " entries have access control lists, which are not kept"},
+    {"1 entry has a set-user-ID or set-group-ID bit, which is not kept",
+        " entries have set-user-ID or set-group-ID bits, which are not kept"},
+    {"1 entry could not be given to its owner and group", " entries could not be given to their owners and groups"},
+    {"1 sealed file is left over from a run that was interrupted; the next \"seal\" removes it",
+        " sealed files are left over from a run that was interrupted; the next \"seal\" removes them"},
+}};
+
 } // namespace
 
 void Report::begin(const QString& activity, qint64 files, qint64 bytes)
@@ -48,19 +69,7 @@ void Report::begin(const QString& activity, qint64 files, qint64 bytes)
     m_totalBytes = bytes;
     m_timer.start();
     showProblems();
-    const QString line = QStringLiteral("%1 %2, %3").arg(activity, filesText(files), sizeText(bytes));
-    print(line);
-    Orv::OrvDebug("orvseal").info() << line;
-}
-
-void Report::advance(qint64 bytes)
-{
-    m_bytes += bytes;
-}
-
-void Report::fileDone()
-{
-    ++m_files;
+    printAndLog(QStringLiteral("%1 %2, %3").arg(activity, filesText(files), sizeText(bytes)));
 }
 
 void Report::problem(const QString& path, const QString& reason)
@@ -70,13 +79,6 @@ void Report::problem(const QString& path, const QString& reason)
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_newProblems += line;
     ++m_problems;
-}
-
-void Report::countExtras(const Extras& extras, bool lendsRights)
-{
-    m_withAttributes += extras.attributes ? 1 : 0;
-    m_withAccessList += extras.accessList ? 1 : 0;
-    m_lendingRights += lendsRights ? 1 : 0;
 }
 
 void Report::attempt(const QString& path, const std::function<void()>& work)
@@ -97,9 +99,9 @@ void Report::show()
 {
     showProblems();
     if (hasTerminal()) {
-        const int filled = int(portionDone() * BarWidth);
+        const int filled = int(partDone() * BarWidth);
         const QString bar = '[' + QString(filled, '#').leftJustified(BarWidth) + QStringLiteral("] ");
-        // At once and over what is there, so that nothing flickers; a line that is too long would not go away.
+        // One write that replaces the old text, against flicker; a line that wraps could not be replaced.
         std::fprintf(stderr, "\r%s\x1b[K", qUtf8Printable((bar + progressText()).left(terminalWidth() - 1)));
         m_barShown = true;
     } else if (m_timer.elapsed() - m_lastLine >= LineInterval) {
@@ -123,7 +125,12 @@ void Report::showProblems()
 void Report::finish(const QString& done, const QString& details)
 {
     showProblems();
-    printNotes();
+    for (std::size_t note = 0; note < NoteCount; ++note) {
+        if (m_notes[note] == 1)
+            printAndLog(QLatin1String(NoteTexts[note].one));
+        else if (m_notes[note] > 1)
+            printAndLog(QString::number(m_notes[note]) + QLatin1String(NoteTexts[note].many));
+    }
     const qint64 milliseconds = std::max<qint64>(1, m_timer.elapsed());
     const qint64 bytesPerSecond = qint64(double(m_bytes) * 1000 / double(milliseconds));
     QString line =
@@ -133,29 +140,7 @@ void Report::finish(const QString& done, const QString& details)
         line += QStringLiteral("; ") + details;
     if (m_problems > 0)
         line += m_problems == 1 ? QStringLiteral("; 1 problem") : QStringLiteral("; %1 problems").arg(m_problems);
-    print(line);
-    Orv::OrvDebug("orvseal").info() << line;
-}
-
-void Report::printNotes() const
-{
-    const auto note = [](qint64 count, const char* one, const char* many) {
-        if (count == 0)
-            return;
-        const QString line = count == 1 ? QLatin1String(one) : QString::number(count) + QLatin1String(many);
-        print(line);
-        Orv::OrvDebug("orvseal").info() << line;
-    };
-    note(m_withAttributes, "1 entry has extended attributes, which are not kept",
-        " entries have extended attributes, which are not kept");
-    note(m_withAccessList, "1 entry has an access control list, which is not kept",
-        " entries have access control lists, which are not kept");
-    note(m_lendingRights, "1 entry has a set-user-ID or set-group-ID bit, which is not kept",
-        " entries have set-user-ID or set-group-ID bits, which are not kept");
-    note(m_foreign, "1 entry could not be given to its owner and group",
-        " entries could not be given to their owners and groups");
-    note(m_leftOver, "1 sealed file is left over from a run that was interrupted; the next \"seal\" removes it",
-        " sealed files are left over from a run that was interrupted; the next \"seal\" removes them");
+    printAndLog(line);
 }
 
 void Report::clearBar()
@@ -165,7 +150,7 @@ void Report::clearBar()
     m_barShown = false;
 }
 
-double Report::portionDone() const
+double Report::partDone() const
 {
     return m_totalBytes > 0 ? std::min(1.0, double(m_bytes) / double(m_totalBytes)) : 0;
 }
@@ -173,15 +158,15 @@ double Report::portionDone() const
 QString Report::progressText() const
 {
     const double milliseconds = double(std::max<qint64>(1, m_timer.elapsed()));
-    const double portion = portionDone();
+    const double part = partDone();
     QString text =
         QStringLiteral("%1 %2 %, %3 of %4, %5, %6/s")
             .arg(m_activity)
-            .arg(int(portion * 100))
+            .arg(int(part * 100))
             .arg(m_files)
             .arg(filesText(m_totalFiles), sizeText(m_bytes), sizeText(qint64(double(m_bytes) * 1000 / milliseconds)));
-    if (portion > 0)
-        text += QStringLiteral(", %1 left").arg(durationText(qint64(milliseconds * (1 - portion) / portion)));
+    if (part > 0)
+        text += QStringLiteral(", %1 left").arg(durationText(qint64(milliseconds * (1 - part) / part)));
     return text;
 }
 

@@ -18,25 +18,19 @@ namespace orvseal {
 
 namespace {
 
-/// An entry that is not for a vault, rather than one that cannot be read.
+/// The entry does not belong in a vault. (Other exceptions: it cannot be read.)
 class Skipped : public Base {
 public:
     explicit Skipped(const QString& reason) : Base(QStringLiteral("skipped: ") + reason) { }
 };
 
-void throwIf(const std::error_code& error)
-{
-    if (error)
-        throw Base(QString::fromStdString(error.message()));
-}
-
-/// Behind a slash, because Qt drops a byte-order mark from the beginning of a text.
+/// With a slash in front, because Qt drops a byte-order mark at the beginning of a string.
 QString decoded(const std::string& name)
 {
     return QString::fromStdString('/' + name).mid(1);
 }
 
-/// The manifest holds text: a name that is none would not come back as it was.
+/// The manifest is UTF-8: any other name would be restored as a different one.
 QString textOf(const std::string& name)
 {
     const QString text = decoded(name);
@@ -47,19 +41,16 @@ QString textOf(const std::string& name)
 
 class Scan {
 public:
-    Scan(const QString& source, const Entries& before, Report& report)
-        : m_source(source), m_before(before), m_report(report)
-    {
-    }
+    Scan(const QString& source, Report& report) : m_source(source), m_report(report) { }
 
     ScanResult run()
     {
         m_result.entries.push_back(makeEntry(QString()));
-        readFolder(QString());
-        while (!m_folders.empty()) {
-            const QString folder = m_folders.back();
-            m_folders.pop_back();
-            attempt(folder, [&] { readFolder(folder + '/'); });
+        readDirectory(QString());
+        while (!m_directories.empty()) {
+            const QString directory = m_directories.back();
+            m_directories.pop_back();
+            attempt(directory, [&] { readDirectory(directory + '/'); });
         }
         std::sort(m_result.entries.begin(), m_result.entries.end(),
             [](const Entry& a, const Entry& b) { return a.path < b.path; });
@@ -68,7 +59,7 @@ public:
     }
 
 private:
-    using FileId = std::pair<quint64, quint64>;
+    using FileId = std::pair<dev_t, ino_t>;
 
     void attempt(const QString& path, const std::function<void()>& work)
     {
@@ -84,10 +75,10 @@ private:
         });
     }
 
-    /// `prefix` is the folder's relative path with a slash behind it; empty for the source folder itself.
-    void readFolder(const QString& prefix)
+    /// `prefix` is the directory's relative path and a slash; empty for the source directory itself.
+    void readDirectory(const QString& prefix)
     {
-        // Qt's own iterator leaves out names that are not text, and dangling links unless asked.
+        // Qt's own iterator omits names that are not UTF-8, and dangling links by default.
         std::error_code error;
         fs::directory_iterator item(nativePath(m_source + '/' + prefix), error);
         for (; !error && item != fs::directory_iterator(); item.increment(error)) {
@@ -100,15 +91,14 @@ private:
     Entry makeEntry(const QString& path)
     {
         const QString place = path.isEmpty() ? m_source : m_source + '/' + path;
-        const FileState state = stateOf(path.isEmpty() ? place + '/' : place); // the folder may be given as a link
+        const FileState state = stateOf(path.isEmpty() ? place + '/' : place); // the source itself may be a link
         Entry entry;
-        const Entry* old = find(m_before, path);
-        entry.path = old != nullptr ? old->path : path;
-        entry.permissions = state.permissions;
-        entry.modified = state.modified;
-        entry.owner = state.owner;
-        entry.group = state.group;
-        if (state.type == FileState::Link) {
+        entry.path = path;
+        entry.permissions = permissionsOf(state);
+        entry.modified = modifiedTime(state);
+        entry.owner = state.st_uid;
+        entry.group = state.st_gid;
+        if (S_ISLNK(state.st_mode)) {
             entry.type = Entry::Link;
             std::error_code error;
             const fs::path target = fs::read_symlink(nativePath(place), error);
@@ -116,20 +106,26 @@ private:
             entry.target = textOf(target);
         } else if (QString reason; validateFileType(place, reason) != Orv::Utility::Suitable) {
             throw Skipped(reason);
-        } else if (state.type == FileState::Folder) {
-            entry.type = Entry::Folder;
+        } else if (S_ISDIR(state.st_mode)) {
+            entry.type = Entry::Directory;
             if (!path.isEmpty())
-                m_folders.push_back(path);
+                m_directories.push_back(path);
         } else {
-            entry.size = state.size;
-            if (state.names > 1)
-                m_ids.emplace(path, FileId(state.device, state.inode));
+            entry.size = state.st_size;
+            if (state.st_nlink > 1)
+                m_ids.emplace(path, FileId(state.st_dev, state.st_ino));
         }
-        m_report.countExtras(extrasOf(nativePath(place).c_str()), state.lendsRights);
+        const Extras extras = extrasOf(nativePath(place).c_str());
+        if (extras.attributes)
+            m_report.count(Report::Attributes);
+        if (extras.accessList)
+            m_report.count(Report::AccessList);
+        if ((state.st_mode & (S_ISUID | S_ISGID)) != 0)
+            m_report.count(Report::LentRights);
         return entry;
     }
 
-    /// Of the names of one file, the first is the file, and the others are hard links to it.
+    /// The first name of a file becomes the file, and its other names become hard links.
     void linkNames()
     {
         std::map<FileId, QString> firstNames;
@@ -145,18 +141,17 @@ private:
     }
 
     const QString m_source;
-    const Entries& m_before;
     Report& m_report;
-    std::vector<QString> m_folders;  // still to be read
-    std::map<QString, FileId> m_ids; // of files with several names
+    std::vector<QString> m_directories; // still to be read
+    std::map<QString, FileId> m_ids;    // of files with several names
     ScanResult m_result;
 };
 
 } // namespace
 
-ScanResult scan(const QString& source, const Entries& before, Report& report)
+ScanResult scan(const QString& source, Report& report)
 {
-    return Scan(source, before, report).run();
+    return Scan(source, report).run();
 }
 
 } // namespace orvseal

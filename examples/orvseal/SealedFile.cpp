@@ -1,10 +1,10 @@
 // The heart of the program, and the place to begin reading: a file goes through the library's encryptor and hash tree
-// into a vault, and back again. What a vault is made of is in Vault.h, what becomes of a folder in Seal.cpp and
-// Open.cpp.
+// into a vault, and back again. Vault.h and Manifest.h define a vault; Seal.cpp and Open.cpp handle whole directories.
 
 #include "SealedFile.h"
 
 #include "Files.h"
+#include "System.h"
 #include "TreeHash.h"
 
 #include <Orv/Exception.h>
@@ -62,17 +62,17 @@ public:
     bool store(qint64 size, Report& report)
     {
         requireRead(*m_encryptor, *m_source, size);
-        requireUnchanged(m_encryptor->bytesRead() <= m_before.size); // or it might go on growing for ever
+        requireUnchanged(m_encryptor->bytesRead() <= m_before.st_size); // or it might go on growing for ever
         m_sealed.write(m_chunk.constData(), size);
         report.advance(m_encryptor->bytesRead() - m_reported);
         m_reported = m_encryptor->bytesRead();
         if (!m_encryptor->atEnd())
             return true;
         m_sealed.close();
-        requireUnchanged(m_encryptor->bytesRead() == m_before.size && stateOf(*m_source).isSameContent(m_before));
+        requireUnchanged(m_encryptor->bytesRead() == m_before.st_size && isSameContent(stateOf(*m_source), m_before));
         m_sealed.keep();
-        m_entry.size = m_before.size;
-        m_entry.modified = m_before.modified;
+        m_entry.size = m_before.st_size;
+        m_entry.modified = modifiedTime(m_before);
         m_entry.treeHash = m_source->finishHash();
         report.fileDone();
         return false;
@@ -128,7 +128,7 @@ void unseal(const Entry& entry, const QString& vault, const Cipher& cipher, Repo
     const auto sealed = QSharedPointer<QFile>::create(sealedPath(vault, entry));
     const QString name = entry.nameInVault();
     const FileState state = openToRead(*sealed, QStringLiteral("its sealed file %1: ").arg(name));
-    if (state.size != cipher.sealedSize(entry.size))
+    if (state.st_size != cipher.sealedSize(entry.size))
         throw InvalidData(QStringLiteral("damaged: its sealed file %1 has a wrong size").arg(name));
 
     const InvalidData damaged(QStringLiteral("damaged: its sealed file %1 is not what was written").arg(name));

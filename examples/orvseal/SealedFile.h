@@ -1,10 +1,7 @@
 #pragma once
 
-#include "Cipher.h"
+#include "Manifest.h"
 #include "Report.h"
-#include "Vault.h"
-
-#include <QFile>
 
 #include <vector>
 

@@ -16,7 +16,7 @@ qint64 modifiedTime(const struct stat& status);
 /// `flushVolume` once for a folder of the same file system, names included. Where the system flushes a whole file
 /// system at once, the first does nothing. False on failure, with the reason in `errno`.
 bool flushFile(int descriptor);
-bool flushVolume(int folderDescriptor);
+bool flushVolume(int directoryDescriptor);
 ///@}
 
 /// What an entry has beside what a vault keeps.

@@ -18,9 +18,9 @@ bool flushFile(int)
     return true;
 }
 
-bool flushVolume(int folderDescriptor)
+bool flushVolume(int directoryDescriptor)
 {
-    return ::syncfs(folderDescriptor) == 0;
+    return ::syncfs(directoryDescriptor) == 0;
 }
 
 Extras extrasOf(const char* path)

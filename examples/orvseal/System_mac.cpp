@@ -17,10 +17,10 @@ bool flushFile(int descriptor)
     return ::fsync(descriptor) == 0;
 }
 
-bool flushVolume(int folderDescriptor)
+bool flushVolume(int directoryDescriptor)
 {
     // fsync() leaves to the drive when it writes; network file systems know no more than that.
-    return ::fcntl(folderDescriptor, F_FULLFSYNC) == 0 || ::fsync(folderDescriptor) == 0;
+    return ::fcntl(directoryDescriptor, F_FULLFSYNC) == 0 || ::fsync(directoryDescriptor) == 0;
 }
 
 Extras extrasOf(const char* path)

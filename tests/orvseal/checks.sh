@@ -1,6 +1,6 @@
-# What the scripts beside it share. To be sourced, with the program as the first argument.
+# Shared by the scripts in this directory, which source it. Their arguments: PROGRAM [CHECK...]
 #
-# Each check is a function that runs in a subshell of its own, in an empty folder, and ends at its first failure.
+# Each check is a function that runs in a subshell of its own, in an empty directory, and ends at its first failure.
 # shellcheck shell=bash
 set -euo pipefail
 
@@ -16,7 +16,7 @@ fail() {
     exit 1
 }
 
-# The program, with the fewest iterations for a new vault: hundreds of them are made here.
+# The program, with the smallest number of iterations for a new vault, because the checks create hundreds.
 orvseal() {
     if [ "${1-}" = seal ]; then
         "$program" seal --iterations 50000 "${@:2}"
@@ -25,7 +25,7 @@ orvseal() {
     fi
 }
 
-# Runs the program and compares its exit status. What it prints goes to the files out and err.
+# Runs the program and checks its exit status. Its output goes to the files out and err.
 expect_status() {
     local expected=$1 status=0
     shift
@@ -37,7 +37,7 @@ expect_line() { # FILE TEXT
     grep -qF -- "$2" "$1" || fail "no \"$2\" in $1, which holds: $(cat "$1")"
 }
 
-# A command that could do nothing says why in one line, and nothing else.
+# A command that fails as a whole prints one line with the reason, and nothing else.
 expect_refusal() {
     expect_status 2 "$@"
     [ "$(wc -l <err)" -eq 1 ] || fail "not one line of: $* ($(cat err))"
@@ -52,7 +52,7 @@ expect_same_trees() {
     diff -r --no-dereference "$1" "$2" || fail "$1 and $2 differ"
 }
 
-# Permissions, modification times to the nanosecond, owners, groups and numbers of names of $1 and all below
+# Permissions, modification times in nanoseconds, owners, groups and link counts of $1 and everything in it
 attributes() {
     local form=(-c '%a %.9Y %u %g %h %n')
     stat "${form[@]}" . >/dev/null 2>&1 || form=(-f '%Lp %Fm %u %g %l %N') # as macOS has it
@@ -66,8 +66,8 @@ small_vault() {
     expect_status 0 seal source vault
 }
 
-# The commands of the manual, which need no orvseal: leave the keys of $vault in $key and $mac_key, and its entries in
-# the file "entries". Ends the check where this openssl cannot.
+# Runs the commands of the manual, which do not need orvseal. They leave the keys of $vault in $key and $mac_key, and its
+# entries in the file "entries". Ends the check if this openssl does not support them.
 manual_commands() { # VAULT [PATH]
     if ! openssl kdf -keylen 16 -kdfopt digest:SHA1 -kdfopt pass:x -kdfopt salt:12345678 -kdfopt iter:1 PBKDF2 \
         >/dev/null 2>&1; then
@@ -75,7 +75,7 @@ manual_commands() { # VAULT [PATH]
         exit 0
     fi
     vault=$1 path=${2-one}
-    set +e # without a path, the last of them finds no file
+    set +e # the last command fails without a path
     # shellcheck source=/dev/null
     # shellcheck disable=SC2016 # the "$" is one of sed
     . <(sed -n '/^```sh$/,/^```$/{/^```/!p}' "$manual") 2>manual.err
@@ -100,23 +100,25 @@ change_byte() { # FILE OFFSET
     printf "\\$(printf %03o $((byte ^ 1)))" | dd of="$1" bs=1 seek="$2" conv=notrunc 2>/dev/null
 }
 
-file_count() { # FOLDER
+file_count() { # DIRECTORY
     find "$1" -type f | wc -l
 }
 
-wait_for() { # a condition that another process brings about, for a minute at most
+wait_for() { # CONDITION...: for a minute at most
     local try
     for ((try = 0; try < 600; ++try)); do
         ! "$@" || return 0
         sleep 0.1
     done
-    fail "waited in vain for: $*"
+    fail "timed out waiting for: $*"
 }
 
-# Runs all functions named check_..., and returns 1 if one failed.
-run_checks() {
+# Runs the checks that the script was called with, by default all functions named check_..., and returns 1 if one failed.
+run_checks() { # [CHECK...]
     local check status failed=0
-    for check in $(compgen -A function check_); do
+    # shellcheck disable=SC2046 # names of functions
+    [ $# -gt 0 ] || set -- $(compgen -A function check_)
+    for check in "$@"; do
         mkdir "$work/$check"
         # Not as a condition: "set -e" would not hold in it.
         set +e

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Drives the sample client on real folders.
-# usage: orvseal.sh PROGRAM
+# usage: orvseal.sh PROGRAM [CHECK...]
 # shellcheck disable=SC2154,SC2317 # the program is set in the file below; the checks are found by their names
 # shellcheck source=/dev/null
 . "$(dirname "$0")/checks.sh"
@@ -259,7 +259,7 @@ check_vault_that_is_not_whole() {
     ln -s ../elsewhere vault/data
     expect_refusal verify vault
     expect_refusal seal source vault
-    expect_line err '"data" in it is not a folder'
+    expect_line err '"data" in it is not a directory'
     rm vault/vault.json
     expect_refusal verify vault
     expect_refusal verify missing
@@ -780,4 +780,4 @@ check_no_log_without_a_folder() {
     [ -z "$(ls -A elsewhere)" ] || fail "there is something new: $(ls -A elsewhere)"
 }
 
-run_checks
+run_checks "${@:2}"

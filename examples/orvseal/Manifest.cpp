@@ -1,0 +1,383 @@
+#include "Manifest.h"
+
+#include "Console.h"
+#include "Files.h"
+#include "StrictObject.h"
+#include "Work.h"
+
+#include <Orv/Core/Encryption/Key.h>
+
+#include <QCryptographicHash>
+#include <QHash>
+#include <QMessageAuthenticationCode>
+#include <QSet>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <tuple>
+#include <vector>
+
+using Orv::Core::Encryption::Key;
+using Orv::Exception::InvalidData;
+
+namespace orvseal {
+
+namespace {
+
+constexpr char FirstFormatMagic[] = "orvseal manifest 1 ";
+constexpr int MacSize = 32; // bytes
+constexpr qint64 MillisecondsToNanoseconds = 1000000;
+constexpr qint64 SecondsToNanoseconds = 1000000000;
+
+// Limits for manifests from untrusted sources
+constexpr qint64 LargestManifest = 1000000000;    // bytes; its entries are held in memory
+constexpr qint64 LongestLine = 1000000;           // bytes
+constexpr qint64 LargestNumber = qint64(1) << 53; // JSON's numbers are exact up to here
+constexpr qint64 LastSecond = 9223372035;         // since 1970; its nanoseconds fit into 64 bits
+constexpr qint64 LastMilliseconds = LastSecond * 1000;
+constexpr qint64 LargestOwner = 0xFFFFFFFE;
+
+const std::array<QLatin1String, 4> TypeNames = {QLatin1String("file"), QLatin1String("folder"), QLatin1String("link"),
+    QLatin1String("hardlink")}; // in the order of Entry::Type
+
+/// Rounded down, so that the remainder is positive also before 1970.
+qint64 secondsOf(qint64 nanoseconds)
+{
+    return std::chrono::floor<std::chrono::seconds>(std::chrono::nanoseconds(nanoseconds)).count();
+}
+
+QByteArray toLine(const Entry& entry)
+{
+    const qint64 seconds = secondsOf(entry.modified);
+    QJsonObject object = {
+        {"type", TypeNames[std::size_t(entry.type)]},
+        {"path", entry.path},
+        {"permissions", entry.permissions},
+        {"modified", seconds},
+        {"nanoseconds", entry.modified - seconds * SecondsToNanoseconds},
+        {"owner", entry.owner},
+        {"group", entry.group},
+    };
+    if (entry.type == Entry::Link || entry.type == Entry::HardLink)
+        object.insert("target", entry.target);
+    if (entry.type == Entry::File) {
+        object.insert("size", entry.size);
+        object.insert("iv", hexOf(entry.iv));
+        object.insert("treeHash", hexOf(entry.treeHash));
+    }
+    QByteArray line = QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
+    line.replace("\xEF\xBB\xBF", "\\ufeff"); // readers drop a byte-order mark at the beginning of a string
+    return line;
+}
+
+Entry fromLine(const QByteArray& line, const VaultHead& head)
+{
+    const StrictObject object(line, QStringLiteral("the manifest"));
+    const auto typeName = std::find(TypeNames.begin(), TypeNames.end(), object.text("type"));
+    object.require(typeName != TypeNames.end(), "type");
+
+    Entry entry;
+    entry.type = static_cast<Entry::Type>(typeName - TypeNames.begin());
+    entry.path = object.text("path");
+    entry.permissions = int(object.number("permissions", 0, entry.type == Entry::Directory ? 01777 : 0777));
+    if (head.format == 1) {
+        entry.modified = object.number("modified", -LastMilliseconds, LastMilliseconds) * MillisecondsToNanoseconds;
+    } else {
+        entry.modified = object.number("modified", -LastSecond, LastSecond) * SecondsToNanoseconds +
+            object.number("nanoseconds", 0, SecondsToNanoseconds - 1);
+        entry.owner = object.number("owner", Entry::Nobody, LargestOwner);
+        entry.group = object.number("group", Entry::Nobody, LargestOwner);
+    }
+    if (entry.type == Entry::Link || entry.type == Entry::HardLink)
+        entry.target = object.text("target");
+    if (entry.type == Entry::File) {
+        const int ivLength = Key::ivLength(head.algorithm);
+        const int hashLength = QCryptographicHash::hashLength(QCryptographicHash::Md5);
+        entry.size = object.number("size", 0, LargestNumber);
+        entry.iv = object.bytes("iv", ivLength, ivLength);
+        entry.treeHash = object.bytes("treeHash", hashLength, hashLength);
+        if (head.format == 1)
+            entry.formerName = object.text("sealed");
+    }
+    return entry;
+}
+
+/// The lines of the entries, as a device: generated while they are read.
+class EntryLines : public QIODevice {
+public:
+    explicit EntryLines(const Entries& entries) : m_next(entries.begin()), m_end(entries.end())
+    {
+        open(ReadOnly | Unbuffered);
+    }
+
+    bool isSequential() const override { return true; }
+    bool atEnd() const override { return m_ready.isEmpty() && m_next == m_end; }
+
+protected:
+    qint64 readData(char* data, qint64 maxSize) override
+    {
+        while (m_ready.size() < maxSize && m_next != m_end)
+            m_ready += toLine(*m_next++);
+        const int size = int(std::min<qint64>(maxSize, m_ready.size()));
+        std::copy_n(m_ready.constData(), size, data);
+        m_ready.remove(0, size);
+        return size;
+    }
+    qint64 writeData(const char*, qint64) override { return -1; }
+
+private:
+    Entries::const_iterator m_next;
+    const Entries::const_iterator m_end;
+    QByteArray m_ready;
+};
+
+[[noreturn]] void refuse(const char* what, const QString& text)
+{
+    throw InvalidData(
+        QStringLiteral("the manifest is refused: the %1 \"%2\"").arg(QLatin1String(what), printable(text)));
+}
+
+bool isPlainName(const QString& name)
+{
+    return !name.isEmpty() && name != QLatin1String(".") && name != QLatin1String("..") && !name.contains('/');
+}
+
+/// Parses the plain text of a manifest, which arrives in chunks. Accepts only entries that stay inside the directory
+/// they are restored in: the parent of each is a directory of the manifest, which we create, and so no link that leads
+/// elsewhere.
+class EntryReader {
+public:
+    EntryReader(const VaultHead& head, const Entries& known) : m_head(head), m_known(known.begin()), m_end(known.end())
+    {
+    }
+
+    void addData(const char* data, qint64 size)
+    {
+        m_rest.append(data, int(size));
+        int begin = 0;
+        for (int end = m_rest.indexOf('\n'); end >= 0; end = m_rest.indexOf('\n', begin)) {
+            addLine(QByteArray::fromRawData(m_rest.constData() + begin, end - begin));
+            begin = end + 1;
+        }
+        m_rest.remove(0, begin);
+        if (m_rest.size() > LongestLine)
+            throw InvalidData(QStringLiteral("the manifest is damaged: a line is too long"));
+    }
+
+    Entries finish()
+    {
+        if (!m_rest.isEmpty())
+            throw InvalidData(QStringLiteral("the manifest is damaged: its last line has no end"));
+        std::vector<const Entry*> files;
+        for (const Entry& entry : m_entries) {
+            if (entry.type == Entry::File)
+                files.push_back(&entry);
+            const Entry* target = entry.type == Entry::HardLink ? find(m_entries, entry.target) : nullptr;
+            if (entry.type == Entry::HardLink && (target == nullptr || target->type != Entry::File))
+                refuse("hard link", entry.path);
+        }
+        const auto isBefore = [this](const Entry* a, const Entry* b) {
+            return m_head.format == 1 ? a->formerName < b->formerName : a->iv < b->iv;
+        };
+        std::sort(files.begin(), files.end(), isBefore);
+        const auto twice = std::adjacent_find(
+            files.begin(), files.end(), [&](const Entry* a, const Entry* b) { return !isBefore(a, b); });
+        if (twice != files.end())
+            refuse("sealed file", (*twice)->nameInVault());
+        return std::move(m_entries);
+    }
+
+private:
+    void addLine(const QByteArray& line)
+    {
+        Entry entry = fromLine(line, m_head);
+        check(entry);
+        if (entry.type == Entry::Directory && !entry.path.isEmpty())
+            m_directories.insert(entry.path);
+        while (m_known != m_end && m_known->path < entry.path)
+            ++m_known;
+        if (m_known != m_end && m_known->path == entry.path)
+            entry.path = m_known->path;
+        m_entries.push_back(std::move(entry));
+    }
+
+    void check(const Entry& entry) const
+    {
+        const int slash = entry.path.lastIndexOf('/');
+        const bool isRoot = entry.path.isEmpty() && entry.type == Entry::Directory;
+        const bool parentIsKnown = slash < 0 || m_directories.contains(entry.path.left(slash));
+        const bool isInOrder = m_entries.empty() || m_entries.back().path < entry.path; // so no path occurs twice
+        if (!(isRoot || isPlainName(entry.path.mid(slash + 1))) || !parentIsKnown || !isInOrder)
+            refuse("path", entry.path);
+        if (!entry.formerName.isNull() && !isPlainName(entry.formerName))
+            refuse("sealed file", entry.formerName);
+    }
+
+    const VaultHead& m_head;
+    Entries::const_iterator m_known;
+    const Entries::const_iterator m_end;
+    QByteArray m_rest; // the beginning of the next line
+    QSet<QString> m_directories;
+    Entries m_entries;
+};
+
+[[noreturn]] void refusePassword()
+{
+    throw InvalidData(QStringLiteral("wrong password, or a damaged manifest"));
+}
+
+/// The HMAC of a manifest in a vault with this head.
+class ManifestMac : public QMessageAuthenticationCode {
+public:
+    ManifestMac(const VaultHead& head, const VaultKeys& keys)
+        : QMessageAuthenticationCode(QCryptographicHash::Sha256, keys.macKey)
+    {
+        addData(QCryptographicHash::hash(head.json, QCryptographicHash::Sha256));
+    }
+};
+
+/// Throws unless the manifest was written with these keys and has not been changed. Leaves it where its IV begins.
+void requireAuthentic(QFile& manifest, const VaultHead& head, const VaultKeys& keys)
+{
+    const QByteArray expected = manifest.read(MacSize);
+    ManifestMac mac(head, keys);
+    if (!mac.addData(&manifest) || manifest.error() != QFile::NoError)
+        throw InvalidData(QStringLiteral("%1: %2").arg(manifest.fileName(), manifest.errorString()));
+    if (mac.result() != expected || !manifest.seek(MacSize))
+        refusePassword();
+}
+
+/// The lines of a manifest of format 1. Throws unless they have the hash in the first line.
+QByteArray firstFormatLines(const QSharedPointer<QFile>& manifest, const VaultHead& head, const Cipher& cipher)
+{
+    QByteArray text;
+    try {
+        cipher.run(Cipher::Decrypt, head.manifestIv, manifest,
+            [&text](const char* data, qint64 size) { text.append(data, int(size)); });
+    } catch (const Orv::Exception::Canceled&) {
+        throw;
+    } catch (const std::exception&) {
+        text.clear(); // with a wrong key, the padding is nearly always wrong
+    }
+    const int firstSize = text.indexOf('\n') + 1;
+    const QByteArray firstLine = text.left(firstSize);
+    text.remove(0, firstSize);
+    const QByteArray hash = QCryptographicHash::hash(text, QCryptographicHash::Sha256);
+    if (firstLine != FirstFormatMagic + hash.toHex() + '\n')
+        refusePassword();
+    return text;
+}
+
+} // namespace
+
+QString Entry::nameInVault() const
+{
+    return formerName.isNull() ? hexOf(iv) : formerName;
+}
+
+bool Entry::isSame(const Entry& other) const
+{
+    const auto all = [](const Entry& entry) {
+        return std::tie(entry.type, entry.treeHash, entry.permissions, entry.target, entry.size, entry.modified,
+            entry.owner, entry.group);
+    };
+    return all(*this) == all(other);
+}
+
+const Entry* find(const Entries& entries, const QString& path)
+{
+    const auto found = std::lower_bound(entries.begin(), entries.end(), path,
+        [](const Entry& entry, const QString& wanted) { return entry.path < wanted; });
+    return found != entries.end() && found->path == path ? &*found : nullptr;
+}
+
+void completeHardLinks(Entries& entries, const Entries& all)
+{
+    const auto fileOf = [](const Entries& some, const QString& path) {
+        const Entry* entry = find(some, path);
+        return entry != nullptr && entry->type == Entry::File ? entry : nullptr;
+    };
+    QHash<QString, QString> replaced; // the path of a file that is only in `all`, and of the link that became it
+    for (Entry& entry : entries) {
+        if (entry.type != Entry::HardLink || fileOf(entries, entry.target) != nullptr)
+            continue;
+        const Entry* file = fileOf(all, entry.target);
+        if (replaced.contains(entry.target)) {
+            entry.target = replaced[entry.target];
+        } else if (file != nullptr) {
+            const QString path = entry.path;
+            replaced.insert(entry.target, path);
+            entry = *file;
+            entry.path = path;
+        }
+    }
+}
+
+QString sealedPath(const QString& vault, const Entry& entry)
+{
+    return dataDirectory(vault) + '/' + entry.nameInVault();
+}
+
+QStringList surplusNames(const QString& vault, const Entries& entries)
+{
+    std::vector<ShortBytes> ivs;
+    QSet<QString> formerNames;
+    for (const Entry& entry : entries) {
+        if (entry.formerName.isNull())
+            ivs.push_back(entry.iv);
+        else
+            formerNames.insert(entry.formerName);
+    }
+    std::sort(ivs.begin(), ivs.end());
+    QStringList surplus;
+    for (const std::filesystem::directory_entry& item :
+        std::filesystem::directory_iterator(nativePath(dataDirectory(vault)))) {
+        const QString name = QString::fromStdString(item.path().filename());
+        const bool isIv = isSealedName(name) &&
+            std::binary_search(ivs.begin(), ivs.end(), ShortBytes(QByteArray::fromHex(name.toLatin1())));
+        if (!isIv && !formerNames.contains(name))
+            surplus += name;
+    }
+    return surplus;
+}
+
+void writeManifest(const QString& vault, const VaultHead& head, const VaultKeys& keys, const Entries& entries)
+{
+    Replacement file(manifestPath(vault, head));
+    file.write(QByteArray(MacSize, 0).constData(), MacSize); // until it is known
+    ManifestMac mac(head, keys);
+    qint64 total = 0;
+    const auto append = [&](const char* data, qint64 size) {
+        mac.addData(data, int(size));
+        file.write(data, size);
+        total += size;
+        if (total > LargestManifest - LongestLine)
+            throw CannotGoOn(QStringLiteral("there are too many entries for one vault: it could not be read again"));
+    };
+    const QByteArray iv = keys.cipher.randomIv();
+    append(iv.constData(), iv.size());
+    keys.cipher.run(Cipher::Encrypt, iv, QSharedPointer<EntryLines>::create(entries), append);
+    file.rewrite(mac.result());
+    file.commit();
+}
+
+Entries readManifest(const QString& vault, const VaultHead& head, const VaultKeys& keys, const Entries& known)
+{
+    const auto manifest = QSharedPointer<QFile>::create(manifestPath(vault, head));
+    if (openToRead(*manifest, manifest->fileName() + QStringLiteral(": ")).st_size > LargestManifest)
+        throw InvalidData(QStringLiteral("%1 is damaged: it is too large").arg(manifest->fileName()));
+    EntryReader reader(head, known);
+    if (head.format == 1) {
+        const QByteArray lines = firstFormatLines(manifest, head, keys.cipher);
+        reader.addData(lines.constData(), lines.size());
+    } else {
+        requireAuthentic(*manifest, head, keys);
+        const QByteArray iv = manifest->read(Key::ivLength(head.algorithm));
+        keys.cipher.run(
+            Cipher::Decrypt, iv, manifest, [&reader](const char* data, qint64 size) { reader.addData(data, size); });
+    }
+    return reader.finish();
+}
+
+} // namespace orvseal

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "Vault.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <algorithm>
+#include <array>
+#include <deque>
+
+/// The manifest: the list of what a vault contains.
+///
+/// It is an HMAC-SHA-256, an IV, and encrypted lines of JSON, one for each entry. The HMAC is computed over the SHA-256
+/// of the head and everything in the manifest that follows the HMAC. It is checked before anything is decrypted, and
+/// tells a vault that can be trusted from a wrong password and from damage.
+///
+/// Format 1, which is read but no longer written, has the manifest's IV in its head, the SHA-256 of the lines in an
+/// extra first line instead of the HMAC, times in milliseconds, and names of sealed files that are not their IVs.
+namespace orvseal {
+
+/// Up to 16 bytes, stored in place. A QByteArray takes four times the memory, and there are two for each file.
+class ShortBytes {
+public:
+    ShortBytes() = default;
+    /// Of longer arrays, the first 16 bytes.
+    ShortBytes(const QByteArray& bytes) : m_size(quint8(std::min(int(bytes.size()), int(m_bytes.size()))))
+    {
+        std::copy_n(bytes.begin(), m_size, m_bytes.begin());
+    }
+    operator QByteArray() const { return QByteArray(m_bytes.data(), m_size); }
+
+    bool isEmpty() const { return m_size == 0; }
+    bool operator==(const ShortBytes& other) const { return m_size == other.m_size && m_bytes == other.m_bytes; }
+    bool operator<(const ShortBytes& other) const { return m_bytes < other.m_bytes; }
+
+private:
+    quint8 m_size = 0;
+    std::array<char, 16> m_bytes = {}; // zeros behind the end, so that comparisons are of whole arrays
+};
+
+/// Something in a vault. Its path is relative to the sealed directory, with "/" as the separator. That directory itself
+/// has an empty path; format 1 does not have it.
+struct Entry {
+    enum Type : qint8 { File, Directory, Link, HardLink };
+    static constexpr qint64 Nobody = -1;
+
+    Type type = File;
+    ShortBytes iv;       ///< of a file
+    ShortBytes treeHash; ///< of a file's plain text: the cipher alone does not detect all damage
+    int permissions = 0; ///< as in `FileState`; those of a link have no effect
+    QString path;
+    QString target;        ///< of a link, as it is stored in it; of a hard link, the path of the file
+    QString formerName;    ///< of a file in format 1, the name of its sealed file
+    qint64 size = 0;       ///< of a file, in bytes
+    qint64 modified = 0;   ///< ns since 1970, UTC
+    qint64 owner = Nobody; ///< the numbers of user and group; `Nobody` in format 1
+    qint64 group = Nobody;
+
+    /// The name of its sealed file.
+    QString nameInVault() const;
+    /// Whether it has the same contents and attributes as `other`; the paths may differ.
+    bool isSame(const Entry& other) const;
+};
+
+/// In the order of their paths; pointers to them stay valid while it grows.
+using Entries = std::deque<Entry>;
+
+/// The entry of that path; null if there is none.
+const Entry* find(const Entries& entries, const QString& path);
+/// Replaces hard links in `entries` whose file is only in `all`: the first one becomes that file, and the others link
+/// to it. Those whose file is in neither are left as they are.
+void completeHardLinks(Entries& entries, const Entries& all);
+
+QString sealedPath(const QString& vault, const Entry& entry);
+/// The names in the vault's data directory that belong to none of the entries.
+QStringList surplusNames(const QString& vault, const Entries& entries);
+
+/// Flushes everything in the vault to the disk, and then puts the manifest in place atomically.
+void writeManifest(const QString& vault, const VaultHead& head, const VaultKeys& keys, const Entries& entries);
+/// Throws `Orv::Exception::InvalidData` if the manifest is damaged, the password is wrong, or an entry could be
+/// restored outside the target directory. To save memory, paths that are also in `known` share its strings.
+Entries readManifest(
+    const QString& vault, const VaultHead& head, const VaultKeys& keys, const Entries& known = Entries());
+
+} // namespace orvseal

@@ -1,0 +1,120 @@
+#include "Update.h"
+
+#include "Files.h"
+#include "Work.h"
+
+#include <QFile>
+
+namespace fs = std::filesystem;
+using Orv::Exception::Base;
+
+namespace orvseal {
+
+Update::Update(const QString& vault, const QString& source, Report& report)
+    : m_path(vault), m_report(report), m_lock(lockPath(vault))
+{
+    requireOutside(vault, source);
+    m_isNewDirectory = typeOf(vault) == fs::file_type::not_found;
+    if (m_isNewDirectory)
+        makeDirectory(vault);
+    try {
+        lock();
+        bool isEmpty = true;
+        for (const fs::directory_entry& item : fs::directory_iterator(nativePath(vault)))
+            isEmpty = isEmpty && (item.path().filename() == "lock" || item.path().filename() == "vault.json.new");
+        if (QFile::exists(headPath(vault)))
+            m_oldHead = readHead(vault);
+        else if (!isEmpty)
+            throw Base(QStringLiteral("%1 exists and is neither a vault nor an empty directory").arg(vault));
+        if (m_oldHead && !QFile::exists(manifestPath(vault, *m_oldHead)))
+            m_oldHead.reset();
+        if (m_oldHead)
+            requireManifest(vault, *m_oldHead);
+    } catch (...) {
+        undo();
+        throw;
+    }
+}
+
+Update::~Update()
+{
+    try {
+        undo();
+    } catch (const std::exception& failure) {
+        m_report.problem(m_path, QString::fromUtf8(failure.what()));
+    }
+}
+
+void Update::readBefore(const VaultKeys& oldKeys, const Entries& known)
+{
+    if (m_oldHead)
+        m_before = readManifest(m_path, *m_oldHead, oldKeys, known);
+}
+
+void Update::begin(const VaultHead& newHead)
+{
+    m_hasBegun = true;
+    if (m_oldHead)
+        return;
+    writeHead(m_path, newHead);
+    const fs::file_type type = typeOf(dataDirectory(m_path));
+    if (type == fs::file_type::not_found)
+        makeDirectory(dataDirectory(m_path));
+    else if (type != fs::file_type::directory)
+        throw Base(QStringLiteral("\"data\" in %1 is not a directory").arg(m_path));
+    removeSurplus(newHead, m_before);
+}
+
+void Update::finish(const VaultHead& head, const VaultKeys& keys, const Entries& entries, bool hasChanged)
+{
+    if (hasChanged) {
+        writeManifest(m_path, head, keys, entries);
+        if (m_oldHead && m_oldHead->json != head.json)
+            writeHead(m_path, head); // which names the new manifest
+    }
+    m_hasBegun = false; // the new state holds from here on
+    m_isNewDirectory = false;
+    if (hasChanged)
+        flushDirectory(m_path);
+    removeSurplus(head, entries);
+}
+
+void Update::lock()
+{
+    m_lock.setStaleLockTime(0); // a run may take days; a process that has ended is known by its number
+    if (m_lock.tryLock(0))
+        return;
+    if (m_lock.error() == QLockFile::LockFailedError)
+        throw Base(
+            QStringLiteral("another run is writing to %1; if there is none, remove %2").arg(m_path, lockPath(m_path)));
+    throw Base(QStringLiteral("%1 is not a directory, or cannot be written").arg(m_path));
+}
+
+/// Removes sealed files that no entry needs, and manifests that the head does not name.
+void Update::removeSurplus(const VaultHead& head, const Entries& entries)
+{
+    for (const QString& name : manifestNames()) {
+        if (name != head.manifestName)
+            QFile::remove(m_path + '/' + name);
+    }
+    for (const QString& name : surplusNames(m_path, entries)) {
+        if (isSealedName(name) && !QFile::remove(dataDirectory(m_path) + '/' + name))
+            m_report.problem(QStringLiteral("data/") + name, QStringLiteral("it cannot be removed"));
+    }
+}
+
+void Update::undo()
+{
+    std::error_code ignored;
+    if (m_hasBegun && typeOf(dataDirectory(m_path)) == fs::file_type::directory)
+        removeSurplus(m_oldHead.value_or(VaultHead()), m_before);
+    if (m_hasBegun && !m_oldHead) {
+        fs::remove(nativePath(dataDirectory(m_path)), ignored); // only if it is empty
+        QFile::remove(headPath(m_path));
+    }
+    m_lock.unlock();
+    if (m_isNewDirectory)
+        fs::remove(nativePath(m_path), ignored);
+}
+
+} // namespace orvseal
