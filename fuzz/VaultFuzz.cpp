@@ -41,7 +41,7 @@ template <class Read> auto unlessRefused(const Read& read) -> std::optional<decl
 
 void checkHead(const QByteArray& json)
 {
-    writeFile(headPath(vaultDirectory()), json);
+    writeFile(vaultDirectory() + HeadFile, json);
     const auto head = unlessRefused([] { return readHead(vaultDirectory()); });
     if (!head)
         return;
@@ -121,7 +121,7 @@ void checkPaths(const Entries& entries)
         if (entry.type != Entry::File)
             continue;
         const QString name = QFileInfo(sealedPath("/vault", entry)).absoluteFilePath();
-        require(name == QDir::cleanPath(name) && QFileInfo(name).path() == dataDirectory("/vault"),
+        require(name == QDir::cleanPath(name) && QFileInfo(name).path() == "/vault" + DataDirectory,
             "its data is in the vault");
         require(!sealedNames.contains(name), "its data is its own");
         sealedNames.insert(name);

@@ -11,7 +11,7 @@ namespace orvseal {
 
 namespace {
 
-constexpr int ChunkSize = 256 * 1024; // bytes; several jobs have one each
+constexpr int ChunkSize = 256 * 1024; // bytes; one for each job
 
 } // namespace
 
@@ -58,7 +58,7 @@ void requireRead(const EncryptorBase& encryptor, const QIODevice& source, qint64
 {
     if (encryptor.sourceFailed())
         throw Base(source.errorString());
-    // Files give all they are asked for until they end: no bytes before the end are no pause.
+    // A file returns as much as is requested until its end, so an empty read before the end is no pause.
     if (size == 0 && !encryptor.atEnd())
         throw Base(QStringLiteral("it became shorter while it was read"));
 }

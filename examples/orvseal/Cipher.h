@@ -11,7 +11,7 @@
 
 namespace orvseal {
 
-/// The algorithm and the key of a vault. Every stream has an IV of its own. Thread-safe.
+/// The algorithm and the key of a vault. Each stream has its own IV. Thread-safe.
 class Cipher {
 public:
     using Sink = std::function<void(const char* data, qint64 size)>;
@@ -20,15 +20,15 @@ public:
     Cipher(Orv::Core::Encryption::Algorithm algorithm, QByteArray key);
 
     QByteArray randomIv() const;
-    /// How long a stream of `plainSize` bytes becomes: the padding fills the last block, or is one.
+    /// The encrypted size of `plainSize` bytes: the padding fills the last block, or is a whole one.
     qint64 sealedSize(qint64 plainSize) const;
 
     /// An encryptor of `source` that is ready to be read.
     std::unique_ptr<Orv::Core::Encryption::EncryptorBase> makeEncryptor(
         Direction direction, const QByteArray& iv, const QSharedPointer<QIODevice>& source) const;
 
-    /// Sends all of `source` through the cipher and hands the result to `sink`, portion by portion. Throws what the
-    /// library and the sink throw, and when the source fails or an interrupt has come.
+    /// Encrypts or decrypts all of `source` and passes the result to `sink` in chunks. Throws what the library and the
+    /// sink throw, and if the source fails or a signal has been received.
     void run(
         Direction direction, const QByteArray& iv, const QSharedPointer<QIODevice>& source, const Sink& sink) const;
 
@@ -37,8 +37,8 @@ private:
     const QByteArray m_key;
 };
 
-/// Throws if the last read of `encryptor` gave `size` bytes because its source, which is a file, failed or became
-/// shorter than it was.
+/// Checks the last read of `encryptor`, which returned `size` bytes. Throws if its source, a file, failed or became
+/// shorter.
 void requireRead(const Orv::Core::Encryption::EncryptorBase& encryptor, const QIODevice& source, qint64 size);
 
 } // namespace orvseal

@@ -55,9 +55,9 @@ QByteArray promptedPassword(bool confirmed)
 {
     if (!::isatty(STDIN_FILENO))
         throw Base(
-            QStringLiteral("no password: give --password-file, set ORVSEAL_PASSWORD, or start orvseal on a terminal"));
+            QStringLiteral("no password: use --password-file, set ORVSEAL_PASSWORD, or start orvseal on a terminal"));
     const QByteArray password = typedPassword("Password: ");
-    if (confirmed && typedPassword("The same again: ") != password)
+    if (confirmed && typedPassword("Repeat the password: ") != password)
         throw Base(QStringLiteral("the two passwords differ"));
     return password;
 }

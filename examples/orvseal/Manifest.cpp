@@ -316,7 +316,7 @@ void completeHardLinks(Entries& entries, const Entries& all)
 
 QString sealedPath(const QString& vault, const Entry& entry)
 {
-    return dataDirectory(vault) + '/' + entry.nameInVault();
+    return vault + DataDirectory + '/' + entry.nameInVault();
 }
 
 QStringList surplusNames(const QString& vault, const Entries& entries)
@@ -332,7 +332,7 @@ QStringList surplusNames(const QString& vault, const Entries& entries)
     std::sort(ivs.begin(), ivs.end());
     QStringList surplus;
     for (const std::filesystem::directory_entry& item :
-        std::filesystem::directory_iterator(nativePath(dataDirectory(vault)))) {
+        std::filesystem::directory_iterator(nativePath(vault + DataDirectory))) {
         const QString name = QString::fromStdString(item.path().filename());
         const bool isIv = isSealedName(name) &&
             std::binary_search(ivs.begin(), ivs.end(), ShortBytes(QByteArray::fromHex(name.toLatin1())));

@@ -29,7 +29,6 @@ struct OpenedVault {
     VaultHead head;
     Cipher cipher;
     Entries entries;
-    std::vector<const Entry*> files = {};
 };
 
 OpenedVault unlock(const QString& path, const Options& options)
@@ -38,20 +37,6 @@ OpenedVault unlock(const QString& path, const Options& options)
     requireManifest(path, head);
     const VaultKeys keys = makeKeys(head, obtainPassword(options.passwordFile, false));
     return {path, head, keys.cipher, readManifest(path, head, keys)};
-}
-
-/// Lists the vault's files and announces what will be done with them.
-void begin(OpenedVault& vault, const QString& activity, Report& report)
-{
-    qint64 bytes = 0;
-    for (const Entry& entry : vault.entries) {
-        if (entry.type != Entry::File)
-            continue;
-        vault.files.push_back(&entry);
-        // Only for the progress: wrong sizes may overflow.
-        bytes = std::min(bytes + entry.size, MostBytes);
-    }
-    report.begin(activity, qint64(vault.files.size()), bytes);
 }
 
 /// Keeps only the entries of these paths, their content, and the directories above them.
@@ -79,17 +64,25 @@ void select(OpenedVault& vault, const QStringList& paths, Report& report)
     vault.entries = std::move(chosen);
 }
 
-void unsealAll(const OpenedVault& vault, const Options& options, Report& report,
+void unsealAll(const OpenedVault& vault, const QString& activity, int jobs, Report& report,
     const std::function<void(const Entry&)>& unsealOne)
 {
+    std::vector<const Entry*> files;
+    qint64 bytes = 0;
+    for (const Entry& entry : vault.entries) {
+        if (entry.type != Entry::File)
+            continue;
+        files.push_back(&entry);
+        bytes = std::min(bytes + entry.size, MostBytes); // only for the progress: invalid sizes may overflow
+    }
+    report.begin(activity, qint64(files.size()), bytes);
     const auto task = [&](std::size_t index) {
-        const Entry& entry = *vault.files[index];
-        report.attempt(entry.path, [&] {
-            unsealOne(entry);
+        report.attempt(files[index]->path, [&] {
+            unsealOne(*files[index]);
             report.fileDone();
         });
     };
-    forEachIndex(vault.files.size(), options.jobs, task, [&report] { report.show(); });
+    forEachIndex(files.size(), jobs, task, [&report] { report.show(); });
 }
 
 /// Reports files in the vault that belong to no entry. Those of a run that was killed are no problem.
@@ -220,10 +213,10 @@ void openVault(
     if (!paths.isEmpty())
         select(vault, paths, report);
     prepareEmptyDirectory(target, vaultPath);
-    begin(vault, QStringLiteral("opening"), report);
     Restoration restoration(vault, target, report);
     restoration.makeDirectories();
-    unsealAll(vault, options, report, [&](const Entry& entry) { restoration.putFile(entry); });
+    unsealAll(vault, QStringLiteral("opening"), options.jobs, report,
+        [&](const Entry& entry) { restoration.putFile(entry); });
     restoration.makeLinks();
     restoration.finishDirectories();
     report.finish(QStringLiteral("opened"), QString());
@@ -231,9 +224,8 @@ void openVault(
 
 void verifyVault(const QString& vaultPath, const Options& options, Report& report)
 {
-    OpenedVault vault = unlock(vaultPath, options);
-    begin(vault, QStringLiteral("verifying"), report);
-    unsealAll(vault, options, report,
+    const OpenedVault vault = unlock(vaultPath, options);
+    unsealAll(vault, QStringLiteral("verifying"), options.jobs, report,
         [&](const Entry& entry) { unseal(entry, vault.path, vault.cipher, report, [](const char*, qint64) {}); });
     reportSurplus(vault, report);
     report.finish(QStringLiteral("verified"), QString());

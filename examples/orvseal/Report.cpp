@@ -97,7 +97,7 @@ void Report::attempt(const QString& path, const std::function<void()>& work)
 
 void Report::show()
 {
-    showProblems();
+    printProblems();
     if (hasTerminal()) {
         const int filled = int(partDone() * BarWidth);
         const QString bar = '[' + QString(filled, '#').leftJustified(BarWidth) + QStringLiteral("] ");
@@ -113,11 +113,18 @@ void Report::show()
 void Report::showProblems()
 {
     clearBar();
+    printProblems();
+}
+
+void Report::printProblems()
+{
     QStringList lines;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         lines.swap(m_newProblems);
     }
+    if (!lines.isEmpty())
+        clearBar();
     for (const QString& line : qAsConst(lines))
         printError(QStringLiteral("orvseal: ") + line);
 }
@@ -159,15 +166,13 @@ QString Report::progressText() const
 {
     const double milliseconds = double(std::max<qint64>(1, m_timer.elapsed()));
     const double part = partDone();
-    QString text =
-        QStringLiteral("%1 %2 %, %3 of %4, %5, %6/s")
-            .arg(m_activity)
-            .arg(int(part * 100))
-            .arg(m_files)
-            .arg(filesText(m_totalFiles), sizeText(m_bytes), sizeText(qint64(double(m_bytes) * 1000 / milliseconds)));
-    if (part > 0)
-        text += QStringLiteral(", %1 left").arg(durationText(qint64(milliseconds * (1 - part) / part)));
-    return text;
+    const qint64 left = part > 0 ? qint64(milliseconds * (1 - part) / part) : 0;
+    return QStringLiteral("%1 %2 %%3, %4 of %5, %6, %7/s")
+        .arg(m_activity)
+        .arg(int(part * 100))
+        .arg(part > 0 ? QStringLiteral(", %1 left").arg(durationText(left)) : QString())
+        .arg(m_files)
+        .arg(filesText(m_totalFiles), sizeText(m_bytes), sizeText(qint64(double(m_bytes) * 1000 / milliseconds)));
 }
 
 } // namespace orvseal

@@ -51,6 +51,7 @@ public:
     int exitStatus() const { return m_problems > 0 ? 1 : 0; }
 
 private:
+    void printProblems();
     void clearBar();
     double partDone() const;
     QString progressText() const;

@@ -5,26 +5,26 @@
 #include <limits>
 #include <sys/stat.h>
 
-/// What systems do in ways of their own; System_linux.cpp and System_mac.cpp define it.
+/// Platform-specific functions, defined in System_linux.cpp and System_mac.cpp.
 namespace orvseal {
 
-/// The modification time in ns since 1970, UTC; the first or last one that the number holds, from 1677 to 2262.
+/// The modification time in ns since 1970, UTC, limited to what 64 bits hold: years 1677 to 2262.
 qint64 modifiedTime(const struct stat& status);
 
 ///@{
-/// Together these bring to the disk what has been written: `flushFile` for each file before it is closed, then
-/// `flushVolume` once for a folder of the same file system, names included. Where the system flushes a whole file
-/// system at once, the first does nothing. False on failure, with the reason in `errno`.
+/// Together these flush written files and their names to the disk: call `flushFile` for each file before it is closed,
+/// then `flushVolume` once for a directory of the same file system. Where the system can flush a whole file system,
+/// `flushFile` does nothing. False on failure, with the reason in `errno`.
 bool flushFile(int descriptor);
 bool flushVolume(int directoryDescriptor);
 ///@}
 
-/// What an entry has beside what a vault keeps.
+/// Attributes of an entry that a vault does not keep.
 struct Extras {
     bool attributes = false; ///< extended attributes
     bool accessList = false; ///< an access control list
 };
-/// A link is not followed. Nothing where the file system knows no such things.
+/// Does not follow a link. Neither, if the file system does not support them.
 Extras extrasOf(const char* path);
 
 /// From seconds and nanoseconds.

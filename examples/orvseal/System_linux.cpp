@@ -35,7 +35,7 @@ Extras extrasOf(const char* path)
         if (name.startsWith("system.posix_acl_"))
             extras.accessList = true;
         else if (name.startsWith("user.") || name == "security.capability")
-            extras.attributes = true; // the others are labels that the system gives by itself
+            extras.attributes = true; // others are labels that the system sets by itself
     }
     return extras;
 }

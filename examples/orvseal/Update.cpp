@@ -11,7 +11,7 @@ using Orv::Exception::Base;
 namespace orvseal {
 
 Update::Update(const QString& vault, const QString& source, Report& report)
-    : m_path(vault), m_report(report), m_lock(lockPath(vault))
+    : m_path(vault), m_report(report), m_lock(vault + LockFile)
 {
     requireOutside(vault, source);
     m_isNewDirectory = typeOf(vault) == fs::file_type::not_found;
@@ -22,12 +22,13 @@ Update::Update(const QString& vault, const QString& source, Report& report)
         bool isEmpty = true;
         for (const fs::directory_entry& item : fs::directory_iterator(nativePath(vault)))
             isEmpty = isEmpty && (item.path().filename() == "lock" || item.path().filename() == "vault.json.new");
-        if (QFile::exists(headPath(vault)))
-            m_oldHead = readHead(vault);
-        else if (!isEmpty)
+        if (QFile::exists(vault + HeadFile)) {
+            const VaultHead head = readHead(vault);
+            if (QFile::exists(manifestPath(vault, head)))
+                m_oldHead = head;
+        } else if (!isEmpty) {
             throw Base(QStringLiteral("%1 exists and is neither a vault nor an empty directory").arg(vault));
-        if (m_oldHead && !QFile::exists(manifestPath(vault, *m_oldHead)))
-            m_oldHead.reset();
+        }
         if (m_oldHead)
             requireManifest(vault, *m_oldHead);
     } catch (...) {
@@ -57,9 +58,9 @@ void Update::begin(const VaultHead& newHead)
     if (m_oldHead)
         return;
     writeHead(m_path, newHead);
-    const fs::file_type type = typeOf(dataDirectory(m_path));
+    const fs::file_type type = typeOf(m_path + DataDirectory);
     if (type == fs::file_type::not_found)
-        makeDirectory(dataDirectory(m_path));
+        makeDirectory(m_path + DataDirectory);
     else if (type != fs::file_type::directory)
         throw Base(QStringLiteral("\"data\" in %1 is not a directory").arg(m_path));
     removeSurplus(newHead, m_before);
@@ -86,7 +87,7 @@ void Update::lock()
         return;
     if (m_lock.error() == QLockFile::LockFailedError)
         throw Base(
-            QStringLiteral("another run is writing to %1; if there is none, remove %2").arg(m_path, lockPath(m_path)));
+            QStringLiteral("another run is writing to %1; if there is none, remove %2").arg(m_path, m_path + LockFile));
     throw Base(QStringLiteral("%1 is not a directory, or cannot be written").arg(m_path));
 }
 
@@ -98,7 +99,7 @@ void Update::removeSurplus(const VaultHead& head, const Entries& entries)
             QFile::remove(m_path + '/' + name);
     }
     for (const QString& name : surplusNames(m_path, entries)) {
-        if (isSealedName(name) && !QFile::remove(dataDirectory(m_path) + '/' + name))
+        if (isSealedName(name) && !QFile::remove(m_path + DataDirectory + '/' + name))
             m_report.problem(QStringLiteral("data/") + name, QStringLiteral("it cannot be removed"));
     }
 }
@@ -106,11 +107,11 @@ void Update::removeSurplus(const VaultHead& head, const Entries& entries)
 void Update::undo()
 {
     std::error_code ignored;
-    if (m_hasBegun && typeOf(dataDirectory(m_path)) == fs::file_type::directory)
+    if (m_hasBegun && typeOf(m_path + DataDirectory) == fs::file_type::directory)
         removeSurplus(m_oldHead.value_or(VaultHead()), m_before);
     if (m_hasBegun && !m_oldHead) {
-        fs::remove(nativePath(dataDirectory(m_path)), ignored); // only if it is empty
-        QFile::remove(headPath(m_path));
+        fs::remove(nativePath(m_path + DataDirectory), ignored); // only if it is empty
+        QFile::remove(m_path + HeadFile);
     }
     m_lock.unlock();
     if (m_isNewDirectory)

@@ -32,21 +32,6 @@ QString manifestPath(const QString& vault, const VaultHead& head)
     return vault + '/' + head.manifestName;
 }
 
-QString dataDirectory(const QString& vault)
-{
-    return vault + QStringLiteral("/data");
-}
-
-QString lockPath(const QString& vault)
-{
-    return vault + QStringLiteral("/lock");
-}
-
-QString headPath(const QString& vault)
-{
-    return vault + QStringLiteral("/vault.json");
-}
-
 const QStringList& manifestNames()
 {
     static const QStringList names = {QStringLiteral("manifest"), QStringLiteral("manifest-2")};
@@ -90,14 +75,14 @@ VaultHead makeHead(Orv::Core::Encryption::Algorithm algorithm, int iterations, c
 
 void writeHead(const QString& vault, const VaultHead& head)
 {
-    Replacement file(headPath(vault));
+    Replacement file(vault + HeadFile);
     file.write(head.json.constData(), head.json.size());
     file.commit();
 }
 
 VaultHead readHead(const QString& vault)
 {
-    const QString path = headPath(vault);
+    const QString path = vault + HeadFile;
     QFile file(path);
     if (openToRead(file, path + QStringLiteral(": ")).st_size > LargestHead)
         throw InvalidData(QStringLiteral("%1 is damaged: it is too large").arg(path));
@@ -133,7 +118,7 @@ void requireManifest(const QString& vault, const VaultHead& head)
         throw InvalidData(QStringLiteral("%1 is incomplete: it has no manifest, because sealing was not finished; "
                                          "\"orvseal seal\" with the same directory finishes it")
                               .arg(vault));
-    if (typeOf(dataDirectory(vault)) != std::filesystem::file_type::directory)
+    if (typeOf(vault + DataDirectory) != std::filesystem::file_type::directory)
         throw InvalidData(QStringLiteral("%1 is damaged: \"data\" in it is not a directory").arg(vault));
 }
 

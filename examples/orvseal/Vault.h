@@ -36,10 +36,12 @@ struct VaultKeys {
     QByteArray macKey; ///< format 2
 };
 
+// The fixed names in a vault's directory, to be appended to its path
+constexpr QLatin1String HeadFile("/vault.json");
+constexpr QLatin1String DataDirectory("/data");
+constexpr QLatin1String LockFile("/lock");
+
 QString manifestPath(const QString& vault, const VaultHead& head);
-QString dataDirectory(const QString& vault);
-QString lockPath(const QString& vault);
-QString headPath(const QString& vault);
 /// The names that a manifest can have. An update of format 1 writes the second one beside the first, until the new head
 /// is in place.
 const QStringList& manifestNames();

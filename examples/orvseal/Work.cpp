@@ -29,7 +29,7 @@ void catchInterrupts()
 {
     struct sigaction action = {};
     action.sa_handler = rememberSignal;
-    // Without SA_RESTART, so that the password prompt ends at once.
+    // Without SA_RESTART, so that the password prompt ends immediately.
     sigemptyset(&action.sa_mask);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction before = {};

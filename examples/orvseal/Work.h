@@ -7,24 +7,23 @@
 
 namespace orvseal {
 
-/// The whole command cannot go on, for instance because the disk is full. Any other exception out of the work on an
-/// entry concerns that entry alone.
+/// The whole command cannot continue, for instance because the disk is full. All other exceptions concern one entry.
 class CannotGoOn : public Orv::Exception::Base {
 public:
     using Base::Base;
 };
 
-/// Makes SIGINT, SIGTERM and SIGHUP set a flag instead of ending the process; but not a SIGHUP that the caller ignores,
-/// as nohup does. A closed pipe and a file at its limit become errors of the write.
+/// SIGINT, SIGTERM and SIGHUP set a flag instead of ending the process, except for a SIGHUP that the caller ignores, as
+/// nohup does. Writing to a closed pipe, or beyond the limit of file sizes, becomes an error.
 void catchInterrupts();
-/// The signal that came; 0 if none did.
+/// The signal that was received, or 0.
 int interruptSignal();
-/// Throws `Orv::Exception::Canceled` once a signal has come. Called between portions and between entries.
+/// Throws `Orv::Exception::Canceled` after a signal. Called between chunks and between entries.
 void stopIfInterrupted();
 
-/// Calls `task` with 0 to `count` - 1, on `jobs` threads at a time, and `idle` on the calling thread meanwhile, several
-/// times a second. Where fewer threads can be had, those have to do; throws if there is none. The first exception out
-/// of a task ends the work and comes out of here.
+/// Calls `task` with 0 to `count` - 1 on `jobs` threads, and `idle` on the calling thread several times a second. Uses
+/// fewer threads if the system refuses more; throws if it refuses all. The first exception of a task ends the work and
+/// is thrown here.
 void forEachIndex(
     std::size_t count, int jobs, const std::function<void(std::size_t)>& task, const std::function<void()>& idle);
 

@@ -313,6 +313,7 @@ check_two_runs_at_once() {
     seal_until_the_password
     kill -KILL "$process"
     wait "$process" 2>/dev/null || :
+    trap - EXIT
     [ -e vault/lock ] || fail "there is no lock to be left"
     expect_status 0 seal source vault
 }

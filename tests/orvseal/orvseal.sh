@@ -356,6 +356,73 @@ check_hostile_manifest() {
     [ -z "$(ls -A outside)" ] || fail "something went through the link"
 }
 
+# Makes "vault" one of format 1, as earlier versions wrote it, with the files "one" and "folder/two" and the link "link".
+first_format_vault() {
+    local salt=0011223344556677 iv=ffeeddccbbaa99887766554433221100 number=0 name key
+    key=$(openssl kdf -keylen 32 -kdfopt digest:SHA1 -kdfopt "pass:$ORVSEAL_PASSWORD" -kdfopt "hexsalt:$salt" \
+        -kdfopt iter:50000 PBKDF2 | tr -d ':\n') || return
+    mkdir -p vault/data
+    printf '{"format":1,"algorithm":"AES","keyLength":32,"salt":"%s","iterations":50000,"manifestIv":"%s"}\n' \
+        "$salt" "$iv" >vault/vault.json
+    {
+        echo '{"type":"folder","path":"folder","permissions":448,"modified":981173106789}'
+        for name in folder/two link one; do
+            if [ "$name" = link ]; then
+                echo '{"type":"link","path":"link","permissions":511,"modified":981173106000,"target":"one"}'
+                continue
+            fi
+            number=$((number + 1))
+            openssl enc -aes-256-cbc -K "$key" -iv "$(printf '%032d' "$number")" -in "source/$name" \
+                -out "vault/data/0000000$number.sealed"
+            printf '{"type":"file","path":"%s","permissions":384,"modified":981173106789,' "$name"
+            printf '"size":4,"iv":"%032d","treeHash":"%s","sealed":"0000000%d.sealed"}\n' "$number" \
+                "$(openssl dgst -md5 -r <"source/$name" | cut -c -32)" "$number"
+        done
+    } >lines
+    { printf 'orvseal manifest 1 %s\n' "$(openssl dgst -sha256 -r <lines | cut -c -64)"; cat lines; } |
+        openssl enc -aes-256-cbc -K "$key" -iv "$iv" -out vault/manifest
+}
+
+check_first_format() {
+    mkdir -p source/folder
+    echo one >source/one
+    echo two >source/folder/two
+    ln -s one source/link
+    first_format_vault 2>/dev/null || { echo "    skipped: this openssl derives no keys"; return 0; }
+    cp -R vault first
+    expect_status 0 list vault
+    expect_line out '-rw-------     4.00 B 2001-02-03 04:05:06  folder/two'
+    expect_line out 'link -> one'
+    expect_status 0 verify vault
+    expect_line out 'verified 2 files'
+    expect_status 0 open vault target
+    expect_same_trees source target
+    [ "$(attributes target | grep ' ./one$' | cut -d ' ' -f 1,2)" = '600 981173106.789000000' ] || fail "$(attributes target)"
+    change_byte vault/manifest 100
+    expect_refusal verify vault
+    expect_line err 'wrong password, or a damaged manifest'
+    change_byte vault/manifest 100
+    change_byte vault/data/00000002.sealed 0
+    expect_status 1 verify vault
+    expect_line err 'orvseal: one: damaged: its sealed file 00000002.sealed'
+    ORVSEAL_PASSWORD=wrong expect_refusal seal source vault
+    expect_refusal verify --algorithm aes256 vault
+    if [ "$(id -u)" -ne 0 ]; then # what cannot be read would be lost
+        chmod 000 source/one
+        cp -R vault before
+        expect_status 2 seal source vault
+        expect_line err 'the vault stays in its old format, because one cannot be read now'
+        expect_same_trees before vault
+        chmod 600 source/one
+    fi
+
+    expect_update '0 3 0 0' 2
+    expect_line vault/vault.json '"format": 2'
+    [ "$(cd vault && echo *)" = 'data manifest-2 vault.json' ] || fail "in the vault are: $(ls vault)"
+    [ "$(file_count vault/data)" -eq 2 ] || fail "old files are left: $(ls vault/data)"
+    expect_update '0 0 3 0' 0
+}
+
 md5_of() { # FILE FROM COUNT: of so many MiB of it
     dd if="$1" bs=1048576 skip="$2" count="$3" 2>/dev/null | openssl dgst -md5 -binary
 }
@@ -531,15 +598,25 @@ check_owners() {
 
 check_what_is_not_kept_is_counted() {
     mkdir source
-    echo text >source/file
-    chmod 4755 source/file
+    local name
+    for name in a b c; do echo text >"source/$name"; done
+    chmod 4755 source/a
     expect_status 0 seal source vault
     expect_line out '1 entry has a set-user-ID or set-group-ID bit, which is not kept'
-    if command -v setfattr >/dev/null && setfattr -n user.test -v x source/file 2>/dev/null; then
+    ! grep -Eq 'attribute|access control' out || fail "what is not there is counted: $(cat out)"
+    if setfattr -n user.test -v x source/a source/b 2>/dev/null; then
         expect_status 0 seal source vault
-        expect_line out '1 entry has extended attributes, which are not kept'
+        expect_line out '2 entries have extended attributes, which are not kept'
     else
-        echo "    skipped, in part: no extended attributes here"
+        echo "    skipped, in part: setfattr is missing, or the file system has no extended attributes"
+    fi
+    if setfacl -m u:12345:r source/b 2>/dev/null && setfacl -d -m u:12345:r source 2>/dev/null; then
+        expect_status 0 seal source vault
+        expect_line out '2 entries have access control lists, which are not kept'
+        expect_status 0 open vault target
+        [ "$(getfacl -c target/b | grep -c 12345)" -eq 0 ] || fail "the list was kept after all"
+    else
+        echo "    skipped, in part: setfacl is missing, or the file system has no access control lists"
     fi
 }
 
@@ -656,6 +733,25 @@ check_output_that_cannot_be_written() {
     expect_line log/log_orvseal.log 'skipped: '
     ! grep -q '^orvseal: ' log/log_orvseal.log || fail "what was printed is in the log: $(cat log/log_orvseal.log)"
     expect_status 0 verify other
+}
+
+check_progress_on_a_terminal() {
+    mkdir source
+    large_file source/large 50
+    echo small >source/small
+    mkfifo source/pipe
+    if ! script -qc true /dev/null >/dev/null 2>&1 </dev/null; then
+        echo "    skipped: the program \"script\" is missing, or is another one"
+        return 0
+    fi
+    local erase=$'\r\033[K' status=0
+    script -qec "stty cols 60; $program seal --iterations 50000 --jobs 1 --algorithm des3 source vault" /dev/null \
+        >out </dev/null || status=$?
+    [ "$status" -eq 1 ] || fail "exit status $status ($(cat out))"
+    grep -Eq '\[#+ *\] sealing [0-9]+ %, 00:00:[0-9]+ left, [0-9] of 2 files' out || fail "no progress: $(cat -v out)"
+    # A bar replaces the one before without erasing it first, which would flicker; only the summary does.
+    [ "$(grep -oF "$erase" out | wc -l)" -eq 1 ] || fail "the bar is erased: $(cat -v out)"
+    tr '\r' '\n' <out | sed 's/\x1b\[K//' | awk 'length > 59 && /left/ { exit 1 }' || fail "a line wraps: $(cat -v out)"
 }
 
 check_few_threads() {
