@@ -121,7 +121,7 @@ void checkPaths(const Entries& entries)
         if (entry.type != Entry::File)
             continue;
         const QString name = QFileInfo(sealedPath("/vault", entry)).absoluteFilePath();
-        require(name == QDir::cleanPath(name) && QFileInfo(name).path() == "/vault" + DataDirectory,
+        require(name == QDir::cleanPath(name) && QFileInfo(name).path() == QStringLiteral("/vault") + DataDirectory,
             "its data is in the vault");
         require(!sealedNames.contains(name), "its data is its own");
         sealedNames.insert(name);

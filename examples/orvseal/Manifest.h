@@ -25,7 +25,7 @@ class ShortBytes {
 public:
     ShortBytes() = default;
     /// Of longer arrays, the first 16 bytes.
-    ShortBytes(const QByteArray& bytes) : m_size(quint8(std::min(int(bytes.size()), int(m_bytes.size()))))
+    ShortBytes(const QByteArray& bytes) : m_size(quint8(std::min(int(bytes.size()), MostSize)))
     {
         std::copy_n(bytes.begin(), m_size, m_bytes.begin());
     }
@@ -36,8 +36,9 @@ public:
     bool operator<(const ShortBytes& other) const { return m_bytes < other.m_bytes; }
 
 private:
+    static constexpr int MostSize = 16;
     quint8 m_size = 0;
-    std::array<char, 16> m_bytes = {}; // zeros behind the end, so that comparisons are of whole arrays
+    std::array<char, MostSize> m_bytes = {}; // zeros behind the end, so that comparisons are of whole arrays
 };
 
 /// Something in a vault. Its path is relative to the sealed directory, with "/" as the separator. That directory itself

@@ -37,9 +37,9 @@ struct VaultKeys {
 };
 
 // The fixed names in a vault's directory, to be appended to its path
-constexpr QLatin1String HeadFile("/vault.json");
-constexpr QLatin1String DataDirectory("/data");
-constexpr QLatin1String LockFile("/lock");
+constexpr char HeadFile[] = "/vault.json";
+constexpr char DataDirectory[] = "/data";
+constexpr char LockFile[] = "/lock";
 
 QString manifestPath(const QString& vault, const VaultHead& head);
 /// The names that a manifest can have. An update of format 1 writes the second one beside the first, until the new head
