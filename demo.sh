@@ -1,29 +1,29 @@
 #!/usr/bin/env bash
-# Seals a folder with the sample client twice, verifies the vault, opens it elsewhere and compares. Starts from a bare
-# Debian 12 or macOS machine, and leaves nothing behind but the build.
-# usage: ./demo.sh [FOLDER]    default: the project's own folder
+# Seals a directory with the sample client twice, verifies the vault, restores it elsewhere and compares. Needs only a
+# bare Debian 12 or macOS machine, and leaves nothing behind but the build.
+# usage: ./demo.sh [DIRECTORY]    default: the project itself
 set -euo pipefail
 
-unset CDPATH # "cd" would look elsewhere, and say so on standard output
-folder=$(cd -- "${1:-$(dirname -- "$0")}" && pwd -P)
+unset CDPATH # "cd" would search other directories, and print the result
+directory=$(cd -- "${1:-$(dirname -- "$0")}" && pwd -P)
 cd -- "$(dirname -- "$0")"
 
 echo "Installing what is missing"
 tools/bootstrap.sh
 echo "Building the library and orvseal"
 cmake --preset release >/dev/null
-cmake --build --preset release --target orvseal # shows how far it is
+cmake --build --preset release --target orvseal # prints its progress
 orvseal=$PWD/build/release/examples/orvseal/orvseal
 
 work=$(mktemp -d)
-# Read-only folders that were opened are no obstacle to removing them.
+# Restored read-only directories have to be writable before they can be removed.
 trap 'chmod -R u+rwx "$work"; rm -rf "$work"' EXIT
-# An interrupt reaches the client as well, which stops by itself.
+# The client receives an interrupt as well, and stops by itself.
 trap 'exit 130' INT TERM
 
 (umask 077 && od -An -tx1 -N 16 /dev/urandom | tr -d ' \n' >"$work/password")
 
-step() { # COMMAND FOLDERS...: shows the summary
+step() { # COMMAND DIRECTORIES...: prints the summary
     local status=0
     "$orvseal" "$1" --password-file "$work/password" --log-dir "$work/log" "${@:2}" >"$work/out" || status=$?
     if [ "$status" -ne 0 ]; then
@@ -33,17 +33,17 @@ step() { # COMMAND FOLDERS...: shows the summary
     tail -n 1 "$work/out"
 }
 
-echo "Folder:   $folder"
-step seal "$folder" "$work/vault"
-echo "the same again, which seals only what has changed:"
-step seal "$folder" "$work/vault"
+echo "Directory: $directory"
+step seal "$directory" "$work/vault"
+echo "Again, which seals only what has changed:"
+step seal "$directory" "$work/vault"
 step verify "$work/vault"
-step open "$work/vault" "$work/opened"
-if ! diff -r --no-dereference "$folder" "$work/opened"; then
-    echo "The demo failed: what was opened is not what was sealed." >&2
+step open "$work/vault" "$work/restored"
+if ! diff -r --no-dereference "$directory" "$work/restored"; then
+    echo "The demo failed: the restored directory differs from the sealed one." >&2
     exit 1
 fi
-echo "no difference between the folder and what was opened"
+echo "The restored directory is the same as the sealed one."
 echo
 echo "The last lines of the log:"
 tail -n 5 "$work/log/log_orvseal.log"

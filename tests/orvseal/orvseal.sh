@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Drives the sample client on real folders.
+# Tests the sample client on real directories.
 # usage: orvseal.sh PROGRAM [CHECK...]
 # shellcheck disable=SC2154,SC2317 # the program is set in the file below; the checks are found by their names
 # shellcheck source=/dev/null
@@ -19,7 +19,7 @@ line/file"
     ln -s 'with spaces' source/link
     ln -s /nowhere/at/all source/dangling
     ln -s .. source/empty/parent
-    # A byte-order mark, which is taken for no text at the beginning of one
+    # A byte-order mark, which Qt drops at the beginning of a string
     echo mark >"source/$(printf '\357\273\277')marked"
     ln -s "$(printf '\357\273\277')marked" source/marked-link
     mkdir source/folder.with.a.name.that.ends.late && : >"source/$(printf '%0250d' 0)"
@@ -31,10 +31,10 @@ line/file"
     expect_same_trees source target
     [ "$(readlink target/dangling)" = /nowhere/at/all ] || fail "a dangling link has another target"
     [ "$(attributes source)" = "$(attributes target)" ] || fail "permissions or times differ"
-    [ -z "$(find target -name '.orvseal*')" ] || fail "something is left of the work: $(ls -A target)"
+    [ -z "$(find target -name '.orvseal*')" ] || fail "a temporary file is left: $(ls -A target)"
 }
 
-check_sizes_around_blocks_and_portions() {
+check_sizes_around_blocks_and_chunks() {
     mkdir source
     local size
     for size in 1 7 8 9 15 16 17 31 32 33 262143 262144 262145 262160 524287 524288 524289 1000000; do
@@ -90,8 +90,8 @@ check_any_locale() {
 
 check_modification_times_in_any_zone() {
     mkdir source
-    # Both times of the hour that Berlin had twice in October 2023 and Moscow in October 2014, where it was not the end
-    # of summer time; and before 1970
+    # Both times of the ambiguous hour in Berlin in October 2023 and in Moscow in October 2014, where it was not the end
+    # of daylight-saving time; and before 1970
     TZ=UTC0 touch -t 202310290015.30 source/first
     TZ=UTC0 touch -t 202310290115.30 source/second
     TZ=UTC0 touch -t 201410252130.30 source/third
@@ -163,10 +163,10 @@ check_password_file() {
     mkdir source
     printf 'from file\n' >password
     expect_status 0 seal --password-file password source vault
-    expect_refusal list vault # a password file comes before the environment
+    expect_refusal list vault # a password file has precedence over the environment
     ORVSEAL_PASSWORD='from file' expect_status 0 list vault # without the newline
     printf 'from file\n\n' >password
-    expect_refusal list --password-file password vault # only one newline is not part of it
+    expect_refusal list --password-file password vault # only the last newline is removed
     printf '\n' >password
     expect_refusal seal --password-file password source other
     expect_line err 'empty'
@@ -196,7 +196,7 @@ check_damaged_file() {
     change_byte "$b" 299995
     printf x >>"$c"         # longer
     rm "$d"                 # gone
-    rm "$e"                 # something that would never end
+    rm "$e"                 # a pipe would block the reader
     mkfifo "$e"
     mv "$f" elsewhere       # a link leads out of the vault
     ln -s "$PWD/elsewhere" "$f"
@@ -230,7 +230,7 @@ check_exchanged_files() {
     [ "$(wc -l <err)" -eq 2 ] || fail "not both are named: $(cat err)"
 }
 
-check_vault_that_is_not_whole() {
+check_incomplete_vault() {
     small_vault
     cp vault/manifest whole
     local size offset
@@ -244,7 +244,7 @@ check_vault_that_is_not_whole() {
     : >vault/manifest
     expect_refusal verify vault
     rm vault/manifest
-    mkfifo vault/manifest # would never end
+    mkfifo vault/manifest # would block the reader
     expect_refusal verify vault
     rm vault/manifest
     expect_refusal verify vault
@@ -252,7 +252,7 @@ check_vault_that_is_not_whole() {
     expect_refusal open vault target
     expect_refusal list vault
     expect_absent target
-    expect_status 0 seal source vault # which is how to go on
+    expect_status 0 seal source vault # which finishes it
     expect_status 0 verify vault
     [ "$(file_count vault/data)" -eq 2 ] || fail "something is left: $(ls vault/data)"
     mv vault/data elsewhere
@@ -278,11 +278,11 @@ check_hostile_head() {
         sed "$change" good >vault/vault.json
         ! cmp -s good vault/vault.json || fail "nothing was changed by $change"
         expect_refusal verify vault
-        ! grep -q 'wrong password' err || fail "it was taken seriously: $change"
+        ! grep -q 'wrong password' err || fail "the head was accepted: $change"
     done
     printf '[%.0s' $(seq 20000) >vault/vault.json
     expect_refusal verify vault
-    # What makes sense, but is not what was written
+    # Valid values that were not written
     for change in 's/"iterations": 50000/"iterations": 50001/' 's/"keyLength": 32/"keyLength": 16/' 's/^{$/{ /' \
         's/"macSalt": "../"macSalt": "/' 's/"salt": "../"salt": "/'; do
         sed "$change" good >vault/vault.json
@@ -294,7 +294,7 @@ check_hostile_head() {
     expect_status 0 verify vault
 }
 
-seal_lines() { # FILE: makes it the entries of the vault
+seal_lines() { # FILE: replaces the entries of the vault with its lines
     local iv=00112233445566778899aabbccddeeff
     { printf '\x00\x11\x22\x33\x44\x55\x66\x77\x88\x99\xaa\xbb\xcc\xdd\xee\xff'
         openssl enc -aes-256-cbc -K "$key" -iv "$iv" -in "$1"; } >body
@@ -309,7 +309,7 @@ check_hostile_manifest() {
     cp entries good
     expect_line good '"path":"folder/two"'
     seal_lines good
-    expect_status 0 verify vault # so a refusal below is one of the change
+    expect_status 0 verify vault # so a refusal below is caused by the change
 
     # shellcheck disable=SC2016 # the "$" is one of sed
     for change in 's|"path":"one"|"path":"../one"|' 's|"path":"one"|"path":"/one"|' 's|"path":"one"|"path":".."|' \
@@ -334,7 +334,7 @@ check_hostile_manifest() {
         expect_absent target
     done
 
-    # A size that fits the sealed file, but not what is in it; and one for which there is no room
+    # A size that fits the sealed file, but not its content; and one larger than any disk
     local size
     for size in 15 5000000000000000; do
         sed "s|\"size\":4|\"size\":$size|" good >lines
@@ -345,7 +345,7 @@ check_hostile_manifest() {
         rm -r target
     done
 
-    # Through a link to somewhere else
+    # Through a link that leads outside
     mkdir outside
     { sed '/"path":"one"/d' good
         printf '{"type":"link","path":"way","permissions":0,"modified":0,"nanoseconds":0,"owner":0,"group":0,'
@@ -356,7 +356,7 @@ check_hostile_manifest() {
     [ -z "$(ls -A outside)" ] || fail "something went through the link"
 }
 
-# Makes "vault" one of format 1, as earlier versions wrote it, with the files "one" and "folder/two" and the link "link".
+# Creates "vault" in format 1, as earlier versions did, with the files "one" and "folder/two" and the link "link".
 first_format_vault() {
     local salt=0011223344556677 iv=ffeeddccbbaa99887766554433221100 number=0 name key
     key=$(openssl kdf -keylen 32 -kdfopt digest:SHA1 -kdfopt "pass:$ORVSEAL_PASSWORD" -kdfopt "hexsalt:$salt" \
@@ -407,7 +407,7 @@ check_first_format() {
     expect_line err 'orvseal: one: damaged: its sealed file 00000002.sealed'
     ORVSEAL_PASSWORD=wrong expect_refusal seal source vault
     expect_refusal verify --algorithm aes256 vault
-    if [ "$(id -u)" -ne 0 ]; then # what cannot be read would be lost
+    if [ "$(id -u)" -ne 0 ]; then # unreadable files would be lost
         chmod 000 source/one
         cp -R vault before
         expect_status 2 seal source vault
@@ -423,7 +423,7 @@ check_first_format() {
     expect_update '0 0 3 0' 0
 }
 
-md5_of() { # FILE FROM COUNT: of so many MiB of it
+md5_of() { # FILE FIRST COUNT: the MD5 of a range in MiB
     dd if="$1" bs=1048576 skip="$2" count="$3" 2>/dev/null | openssl dgst -md5 -binary
 }
 
@@ -432,7 +432,7 @@ check_another_program_can_open_it() {
     : >source/empty
     head -c 1048576 /dev/urandom >source/one-part
     head -c 2500000 /dev/urandom >source/three-parts
-    # With the usual number of iterations
+    # With the default number of iterations
     "$program" seal source vault >out || fail "exit status $?"
     expect_line vault/vault.json '"iterations": 1300000'
     md5_of source/empty 0 1 >empty.hash
@@ -443,7 +443,7 @@ check_another_program_can_open_it() {
     local name key mac_key iv manifest vault path
     for name in empty one-part three-parts; do
         manual_commands vault "$name"
-        [ ! -s manual.err ] || fail "the manual's commands say: $(cat manual.err)"
+        [ ! -s manual.err ] || fail "the manual's commands print: $(cat manual.err)"
         cmp restored "source/$name" || fail "the plain text of $name differs"
         grep -F "\"path\":\"$name\"" entries | grep -qF "\"treeHash\":\"$(od -An -tx1 "$name.hash" | tr -d ' \n')\"" ||
             fail "the tree hash of $name differs"
@@ -457,7 +457,7 @@ summary() { # FILE: the numbers of new, changed, unchanged and removed entries
     sed -n 's/.*; \([0-9]*\) new, \([0-9]*\) changed, \([0-9]*\) unchanged, \([0-9]*\) removed.*/\1 \2 \3 \4/p' "$1"
 }
 
-expect_update() { # NUMBERS SEALED-FILES [OPTION]: an update of the vault, after which it opens to the source
+expect_update() { # NUMBERS SEALED-FILES [OPTION]: updates the vault, and compares its content with the source
     expect_status 0 seal "${@:3}" source vault
     [ "$(summary out)" = "$1" ] || fail "not $1: $(cat out)"
     expect_line out "sealed $2 file"
@@ -478,7 +478,7 @@ check_update() {
     cp vault/manifest manifest
     expect_update '0 0 5 0' 0
     cmp manifest vault/manifest || fail "a manifest was written for nothing"
-    touch -d '2001-02-03 04:05:06.123456789' source/a # the time alone
+    touch -d '2001-02-03 04:05:06.123456789' source/a # only the time
     echo longer >source/b
     echo longer >>source/folder/d
     rm source/c source/link
@@ -490,9 +490,9 @@ check_update() {
     chmod 600 source/b
     expect_status 0 seal source vault
     [ "$(summary out)" = '0 1 4 0' ] || fail "permissions: $(cat out)"
-    expect_update '0 1 4 0' 4 --force # finds what size and time do not show
+    expect_update '0 1 4 0' 4 --force # finds changes that size and time do not show
     rm -r source/folder source/a source/b
-    mkdir source/b # a folder in the place of a file
+    mkdir source/b # a directory replaces a file
     echo in >source/b/in
     mv source/new source/a
     expect_update '1 1 1 3' 2
@@ -518,7 +518,7 @@ check_unreadable_entries_stay_in_the_vault() {
         expect_line err 'orvseal: file: Permission denied'
         chmod 700 source/folder
         expect_status 0 open vault target
-        chmod 700 target/folder # its permissions could be read
+        chmod 700 target/folder # its permissions were readable
         expect_same_trees before target
     else
         echo "    skipped: nothing is unreadable for root"
@@ -537,7 +537,7 @@ check_hard_links() {
     expect_same_trees source target
     if ! [ target/c -ef target/folder/b ] || ! [ target/c -ef target/d ]; then fail "they are no links"; fi
     [ ! target/c -ef target/single ] || fail "it is no link"
-    expect_status 0 open vault part folder d # the file itself, "c", is not among them
+    expect_status 0 open vault part folder d # without "c", which is the file in the vault
     [ part/d -ef part/folder/b ] || fail "the links of a part are none"
     expect_absent part/c
     rm source/c
@@ -553,7 +553,7 @@ check_paths() {
     expect_status 0 seal source vault
     expect_status 0 open vault target folder/inner/ './other/d'
     [ "$(cd target && find . -type f | sort | tr '\n' ' ')" = './folder/inner/b ./other/d ' ] || fail "$(find target)"
-    [ "$(attributes target | grep ' ./folder$' | cut -d ' ' -f 1)" = 750 ] || fail "the folder above has other attributes"
+    [ "$(attributes target | grep ' ./folder$' | cut -d ' ' -f 1)" = 750 ] || fail "the parent directory has other attributes"
     expect_status 1 open vault some folder missing
     expect_line err 'orvseal: missing: it is not in the vault'
     [ "$(cd some && find . -type f | sort | tr '\n' ' ')" = './folder/a ./folder/inner/b ' ] || fail "$(find some)"
@@ -572,7 +572,7 @@ check_holes() {
     expect_status 0 open vault target
     cmp source/large target/large
     expect_same_trees source target
-    [ "$(du -k target | cut -f 1)" -lt 1000 ] || fail "zeros take room: $(du -k target)"
+    [ "$(du -k target | cut -f 1)" -lt 1000 ] || fail "zeros take space: $(du -k target)"
 }
 
 check_owners() {
@@ -653,7 +653,7 @@ check_vault_inside_its_source() {
     expect_absent source/vault
     expect_absent source/folder/vault
     expect_refusal open vault vault/target
-    mkdir source-2 # has the other one's name at its beginning, but is not in it
+    mkdir source-2 # begins with the name of the other one, but is not in it
     expect_status 0 seal source source-2
 }
 
@@ -670,10 +670,10 @@ check_skipped_entries() {
     expect_absent target/folder/pipe
 }
 
-check_names_that_are_not_text() {
+check_names_that_are_not_utf8() {
     mkdir source
     echo kept >source/kept
-    # Some systems refuse such a name.
+    # Some systems reject such a name.
     { echo lost >"source/$(printf 'b\377d')"; } 2>/dev/null || return 0
     expect_status 1 seal source vault
     expect_line err 'skipped: its name or target is not valid UTF-8'
@@ -727,7 +727,7 @@ check_output_that_cannot_be_written() {
         [ "$status" -eq 2 ] || fail "exit status $status, not 2, with $row"
         [ "$(cat err)" = 'orvseal: standard output cannot be written' ] || fail "with $row: $(cat err)"
     done
-    # A closed stream's number must not go to a file, and what is printed into that file.
+    # The number of a closed stream must not be used for a file, which would then receive the output.
     mkfifo source/skipped
     if "$program" seal --log-dir log source other <&- >&- 2>&-; then fail "no status of what could not be printed"; fi
     expect_line log/log_orvseal.log 'skipped: '
@@ -757,7 +757,7 @@ check_progress_on_a_terminal() {
 check_few_threads() {
     mkdir source
     for name in a b c d e f; do echo "$name" >"source/$name"; done
-    # Room for the stack of one thread beside the program
+    # Memory for the program and the stack of one thread
     (ulimit -s 1000000 -v 1800000 && "$program" --help) >/dev/null 2>&1 ||
         { echo "    skipped: the program does not run in little memory"; return 0; }
     (
@@ -832,7 +832,7 @@ check_interrupted_opening() {
     mkdir source
     echo small >source/a
     large_file source/b 100
-    expect_status 0 seal --algorithm des3 source vault # a slow one, so that there is time
+    expect_status 0 seal --algorithm des3 source vault # a slow algorithm, so that there is time
     interrupt INT 130 '[ -e target/a ] && [ -e target/.orvseal-*/* ]' open --jobs 1 vault target
     [ "$(ls -A target)" = a ] || fail "in the target are: $(ls -A target)"
     cmp source/a target/a || fail "the complete file differs"
@@ -860,7 +860,7 @@ check_log() {
     expect_line err 'no-log/log_orvseal.log cannot be written'
 }
 
-check_no_log_without_a_folder() {
+check_no_log_without_a_directory() {
     small_vault
     mkfifo password
     mkdir elsewhere
@@ -873,7 +873,7 @@ check_no_log_without_a_folder() {
     printf %s "$ORVSEAL_PASSWORD" >&3
     exec 3>&-
     wait "$process" || fail "exit status $? ($(cat err))"
-    [ -z "$(ls -A elsewhere)" ] || fail "there is something new: $(ls -A elsewhere)"
+    [ -z "$(ls -A elsewhere)" ] || fail "a file was created: $(ls -A elsewhere)"
 }
 
 run_checks "${@:2}"
