@@ -1,4 +1,4 @@
-# What every target of the project is compiled with.
+# Compiler and linker options of all targets.
 
 foreach(language CXX OBJCXX) # Objective-C++ on Apple systems only
     set(CMAKE_${language}_STANDARD 17)
@@ -24,13 +24,13 @@ if(ORV_SANITIZE)
     add_link_options(-fsanitize=${ORV_SANITIZE})
 endif()
 
-# What is built to be shipped is hardened as Debian's own packages are. Not with sanitizers, which have their own checks.
+# Optimised builds are hardened like Debian's own packages; not with sanitizers, which have their own checks.
 option(ORV_HARDEN "Harden optimised builds: stack, buffers, control flow, relocations" ON)
 if(ORV_HARDEN AND NOT ORV_SANITIZE)
     set(hardening -fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
     if(NOT APPLE)
         include(CheckCXXCompilerFlag)
-        # By the names of gcc and clang; the last two belong to Intel and to ARM processors.
+        # Names of gcc and clang; the last two are for x86 and ARM processors.
         foreach(flag -fstack-clash-protection -fcf-protection -mbranch-protection=standard)
             string(MAKE_C_IDENTIFIER ORV_HAS${flag} has)
             check_cxx_compiler_flag(${flag} ${has})
@@ -43,7 +43,7 @@ if(ORV_HARDEN AND NOT ORV_SANITIZE)
     add_compile_options("$<$<NOT:$<CONFIG:Debug>>:${hardening}>")
 endif()
 
-# Warnings of our own code; third-party sources compiled into a target do not get them.
+# Enables warnings; not for third-party sources, which are compiled in targets of their own.
 function(orv_warnings target)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic $<$<BOOL:${ORV_WERROR}>:-Werror>)
 endfunction()

@@ -1,5 +1,5 @@
-# Debian packages: the library for programs that are linked to it, and what building one needs. The preset "packages"
-# installs to /usr, which also decides the folder of the library.
+# Debian packages: the runtime library, and the development files. Use the preset "packages": it installs to /usr, which
+# also determines the library's directory.
 
 get_target_property(abi orvCore SOVERSION)
 string(TOLOWER ${ORV_NAME} package)
@@ -17,7 +17,7 @@ set(CPACK_PACKAGE_VENDOR "orvCore developers")
 set(CPACK_PACKAGE_CONTACT "orvCore developers <dev@orvcore.invalid>")
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_STRIP_FILES ON)
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # it would stand before those of the two packages
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # it would precede the descriptions of both packages
 set(CPACK_COMPONENTS_ALL library development)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -25,10 +25,10 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_VERSION ${PROJECT_VERSION}-1)
 
 set(CPACK_COMPONENT_LIBRARY_DESCRIPTION
-    "${PROJECT_DESCRIPTION}, with Qt ${ORV_QT_MAJOR}\nLogging, encryption, a hash tree, files, and the small forms\nthat every module shares.")
+    "${PROJECT_DESCRIPTION}, with Qt ${ORV_QT_MAJOR}\nLogging, encryption, a hash tree, file-system helpers, encodings\nand text utilities.")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${library_package})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
-# From the libraries it is linked to. Before 1.0, a program fits only the version that it was built with.
+# Computed from the linked libraries. Before 1.0, a program needs the exact version that it was built with.
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY "=")
@@ -40,11 +40,11 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "${library_package} (= ${CPACK_DEBIAN_PACKAGE_VERSION}), ${qt_package} (>= ${ORV_QT_VERSION})")
 
-# What Debian asks of every package
+# Files that Debian requires in every package
 set(folder ${CMAKE_CURRENT_BINARY_DIR}/debian)
 find_program(GZIP gzip REQUIRED)
 foreach(component library development)
-    string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC) # or SOURCE_DATE_EPOCH, for a build that can be repeated
+    string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC) # SOURCE_DATE_EPOCH, if set, for reproducible builds
     configure_file(${CMAKE_CURRENT_LIST_DIR}/debian/changelog.in ${folder}/${component}/changelog.Debian @ONLY)
     execute_process(COMMAND ${GZIP} -9nf ${folder}/${component}/changelog.Debian COMMAND_ERROR_IS_FATAL ANY)
     install(FILES ${CMAKE_CURRENT_LIST_DIR}/debian/copyright ${folder}/${component}/changelog.Debian.gz

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Compares the library's binary interface with the one that the last release had, as tests/abi keeps it.
-# usage: tools/abi.sh [--keep]    --keep: keeps the present interface, for a release
+# Compares the library's binary interface with that of the last release, which is stored in tests/abi.
+# usage: tools/abi.sh [--keep]    --keep: stores the current interface, for a release
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -11,7 +11,7 @@ cmake --preset release -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORV_BUILD
 cmake --build "$build" --target orvCore >/dev/null
 
 kept=tests/abi/orvCore.abi.xz
-describe() { # only what clients see: the types of the exported headers
+describe() { # only the types of the exported headers
     abidw --headers-dir orvCore/include --drop-private-types --exported-interfaces-only --drop-undefined-syms \
         --no-corpus-path --no-comp-dir-path --no-show-locs "$build/orvCore/liborvCore.so"
 }
@@ -24,7 +24,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 xz -dc "$kept" >"$work/kept.abi"
 describe >"$work/now.abi"
-# Additions are welcome; what was there has to stay.
+# Additions are allowed; removals and changes are not.
 status=0
 abidiff --no-added-syms "$work/kept.abi" "$work/now.abi" || status=$?
 if [ "$status" -ne 0 ]; then

@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
-# Measures the library beside what it is built on and what else one could take, and writes docs/benchmarks.md and .svg.
-# usage: tools/bench.sh [--quick]    --quick: a minute, to see that it works; its figures go nowhere
+# Compares the library's speed with its dependencies and with alternatives; writes docs/benchmarks.md and .svg, and the
+# README's table.
+# usage: tools/bench.sh [--quick]    --quick: a short run that stores nothing, to see that it works
 #        tools/bench.sh --compare CMAKE_OPTION...
 #   prints how a build with these options (-DORV_QT_MAJOR=6, -DORV_HARDEN=OFF) differs from one without them
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 build=build/bench
-build() { # FOLDER CMAKE_OPTION...
+build() { # DIRECTORY CMAKE_OPTION...
     cmake --preset release -B "$1" -DORV_BUILD_BENCHMARKS=ON -DORV_BUILD_TESTS=OFF "${@:2}" >/dev/null
     cmake --build "$1" >/dev/null
 }
@@ -19,14 +20,14 @@ tools/bootstrap.sh benchmarks
 build "$build"
 if [ "${1:-}" = --compare ]; then
     tools/bootstrap.sh qt6
-    rm -rf "$build-compared" # or it would keep the options of the last time
+    rm -rf "$build-compared" # it would keep earlier options
     build "$build-compared" "${@:2}"
     python3 benchmarks/compare.py {"$build","$build-compared"}/benchmarks/orvBench 9 \
         --benchmark_min_time=0.01 --benchmark_filter='-growth.*'
     exit
 fi
 
-# Files go to memory where it has room for them: the moods of a disk say nothing about programs.
+# Use tmpfs, if it has room, to keep disk noise out.
 room=$((12 * 1024 * 1024)) # KiB
 if [ -z "${TMPDIR:-}" ] && [ -r /proc/meminfo ] && [ -d /dev/shm ] &&
     awk -v room=$room '/^MemAvailable:/ && $2 > room {found = 1} END {exit !found}' /proc/meminfo &&
@@ -41,7 +42,7 @@ if $quick; then
 else
     rounds=9 long_rounds=3 time=0.05 files=(3 2048) out=docs readme=README.md
 fi
-# In each round the rows of a subject follow each other, so that what else the machine does falls on all of them.
+# The rows of a subject run one after the other in each round, so that other load affects all of them.
 for round in $(seq "$rounds"); do
     filter=.
     [ "$round" -le $long_rounds ] || filter='-(growth|snapshots).*'

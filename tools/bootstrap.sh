@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs what building and testing need and what is missing. Says nothing when nothing is.
-# usage: tools/bootstrap.sh [abi] [benchmarks] [docs] [fuzz] [lint] [macos] [packages] [qt6]    also what these need
+# Installs missing packages for building and testing. Prints nothing if none is missing.
+# usage: tools/bootstrap.sh [abi] [benchmarks] [docs] [fuzz] [lint] [macos] [packages] [qt6]    for these purposes, too
 set -euo pipefail
 
 debian_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libcrypto++-dev libeasyloggingpp-dev
@@ -28,7 +28,7 @@ for purpose in "$@"; do
         debian_packages+=(doxygen doxygen-awesome-css)
         brew_formulas+=(doxygen)
         ;;
-    macos) # what tools/check-macos.sh needs
+    macos) # for tools/check-macos.sh
         debian_packages+=(clang lld llvm libc++-dev dpkg-dev python3)
         ;;
     packages)
@@ -69,7 +69,7 @@ install_macos() {
     command -v brew >/dev/null || { echo "Homebrew is needed: https://brew.sh" >&2; exit 2; }
     local missing=() formula
     has() { brew list --formula "$1" >/dev/null 2>&1; }
-    # Homebrew removes Qt 5 in May 2027: where it cannot be had any more, Qt 6 is taken.
+    # Homebrew removes Qt 5 in May 2027: if it cannot be installed, install Qt 6.
     if [ $brew_qt = qt@5 ] && ! has qt@5 && { has qt || ! brew install qt@5; }; then
         brew_qt=qt
     fi
@@ -80,7 +80,7 @@ install_macos() {
     fetch_easyloggingpp
 }
 
-# Homebrew has no formula for it. CMake looks into this folder by itself; only what was verified gets there.
+# Homebrew has no formula for it. CMake searches this directory; only the verified commit is moved there.
 fetch_easyloggingpp() {
     local folder head commit=f1f6d98c4ca0b055fd5b61eab522ee23e9efda24
     folder=$(cd "$(dirname "$0")/.." && pwd)/build/easyloggingpp

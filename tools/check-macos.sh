@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# Builds everything that a Mac builds, for Intel and Apple processors, on Debian: CMake's own choice of sources and flags,
-# clang and lld, warnings as errors. Then inspects the library. Nothing of it can run here. It stays in build/macos.
+# Cross-compiles the macOS build on Debian with clang and lld, for Intel and Apple processors. CMake chooses sources and
+# flags as on macOS; warnings are errors. Then inspects the library. Nothing is run. The results stay in build/macos.
 # usage: tools/check-macos.sh SDK [QT...]
 #   SDK: a directory with the macOS SDK's headers and stubs, in include/, lib/ and Frameworks/
-#   QT:  5 or 6; both, if none is given
+#   QT:  5 or 6 (default: both)
 #
-# The frameworks and libobjc link to the SDK's own stubs. tools/macos/stubs.py writes those of the other libraries, from
-# what does not depend on this project: a function that is called but that no library has does not link.
+# The frameworks and libobjc are linked through the SDK's own stubs. tools/macos/stubs.py generates the stubs of the
+# other libraries from sources independent of this project: a call to a function that no library exports does not link.
 set -euo pipefail
 start=$PWD
 cd "$(dirname "$0")/.."
@@ -28,37 +28,37 @@ for folder in include lib Frameworks; do
     [ -d "$sdk/$folder" ] || fail "$sdk has no $folder/"
 done
 tools/bootstrap.sh macos qt6
-library() { # NAME: where this machine has it
+library() { # NAME: prints the path of this machine's library
     local file
     file=$(clang++ -print-file-name="$1")
     [ -f "$file" ] || fail "$1 is missing"
     echo "$file"
 }
 
-work=$PWD/build/macos # always the same, so that ccache recognises what it has compiled
+work=$PWD/build/macos # a fixed path, so that ccache finds earlier results
 rm -rf "$work"
 mkdir -p "$work"/{bin,include,lib,sysroot/usr/lib,sysroot/System/Library}
 ln -s "$sdk/include" "$work/sysroot/usr/include"
 ln -s "$sdk"/lib/*.tbd "$work/sysroot/usr/lib"
 cp -rs "$sdk/Frameworks" "$work/sysroot/System/Library"
 for stub in "$sdk"/Frameworks/{CoreFoundation,Foundation,Security}.framework/*.tbd; do
-    # One framework names another by the place where it is installed.
+    # Frameworks refer to each other by their installed paths.
     place=$work/sysroot$(sed -n "s/^install-name: *'\(.*\)'$/\1/p; T; q" "$stub").tbd
     mkdir -p "$(dirname "$place")"
     ln -sf "$stub" "$place"
 done
-# CMake asks it which system there is, and uses no @rpath if there is none.
+# CMake runs it to get the system version; without a version it does not use @rpath.
 printf '#!/bin/sh\necho 12.0\n' >"$work/bin/sw_vers"
 chmod +x "$work/bin/sw_vers"
-# These lie among the headers of this machine's C library, which must stay out.
+# Links, because their directory also has this machine's C library headers, which must not be found.
 ln -s /usr/include/{cryptopp,easylogging++.h,gtest,gmock} "$work/include"
 
-for qt in 5 6; do # by which CMake finds it
+for qt in 5 6; do # for find_package()
     ln -s "$PWD/tools/macos/QtConfig.cmake" "$work/lib/Qt${qt}Config.cmake"
     ln -s "$PWD/tools/macos/QtConfigVersion.cmake" "$work/lib/Qt${qt}ConfigVersion.cmake"
 done
 
-# The C library, by the headers of the C standard, POSIX and BSD that declare it
+# Headers of the C standard, POSIX and BSD, which declare the functions of the C library
 c_headers=(
     sys/acl aio arpa/inet assert complex copyfile ctype dirent dlfcn err errno execinfo fcntl fenv float fnmatch ftw
     getopt glob grp iconv ifaddrs inttypes langinfo libgen limits locale mach/mach mach/mach_time malloc/malloc math
@@ -72,12 +72,12 @@ stub() { # FILE INSTALL_NAME SOURCES...
     tools/macos/stubs.py "$target" "$work/$1" "$2" "${@:3}"
 }
 
-syntax_tree() { # HEADERS...: without their .h
+syntax_tree() { # HEADERS... without .h
     printf '#include <%s.h>\n' "$@" >"$work/headers.c"
     clang -target "$target" -isysroot "$work/sysroot" -fsyntax-only -Xclang -ast-dump=json "$work/headers.c"
 }
 
-# Twice: before CMake tries the compiler, and with --objects, when the objects are there.
+# Called twice: before CMake tests the compiler, and with --objects once the objects exist.
 standard_stubs() { # [--objects FOLDER]
     stub sysroot/usr/lib/libSystem.tbd /usr/lib/libSystem.B.dylib "$work/libc.json" tools/macos/libsystem.txt
     stub sysroot/usr/lib/libc++.tbd /usr/lib/libc++.1.dylib "$@" "$(library libc++.so.1)" "$(library libc++abi.so.1)"
@@ -98,7 +98,7 @@ qt_path() { # VARIABLE of its pkg-config file
 
 configure() {
     local programs=host_bins choice=()
-    if [ "$qt" = 6 ]; then # of 5 and 6, a Mac's CMake takes 5 if it is not told
+    if [ "$qt" = 6 ]; then # by default, CMake prefers 5 on macOS
         programs=libexecdir choice=(-DORV_QT_MAJOR=6)
     fi
     PATH=$work/bin:$PATH cmake -S . -B "$build" -G Ninja --toolchain tools/macos/toolchain.cmake "${choice[@]}" \
@@ -109,13 +109,13 @@ configure() {
 
 compile() {
     local objects
-    # But for the headers alone, which the Linux build verifies
+    # Except the single-header checks, which the Linux build does
     mapfile -t objects < <(ninja -C "$build" -t targets all | sed -n '/verify_interface/d; s/\.o: .*/.o/p')
     ninja -C "$build" -k 0 "${objects[@]}" >"$work/compile.log" || { cat "$work/compile.log"; return 1; }
     echo "${#objects[@]} sources compile for $target, with Qt $qt"
 }
 
-# Everything: the library, its sample client, the snippets and the tests
+# Links the library, the sample client, the snippets and the tests.
 link() {
     ninja -C "$build" -k 0 >"$work/link.log" || {
         grep -Ev '^(\[|: &&)' "$work/link.log"

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Makes the Debian packages, with Qt 5 and with Qt 6, and inspects them: the library is hardened, and lintian has nothing
-# to say. Then tries them where nothing else is, in a bare Debian 12 below a temporary folder: they install, the library
-# finds all it is linked to, an outside project builds against them and runs, and they go without a trace. Needs root and
-# some minutes, and a mirror of Debian.
-# usage: tools/check-packages.sh [MIRROR]    debootstrap's own mirror, if none is given
+# Builds the Debian packages with Qt 5 and with Qt 6 and checks that the library is hardened and that lintian reports
+# nothing. Then tests them in a bare Debian 12 in a temporary directory: they install, all linked libraries are found,
+# an outside project builds against them and runs, and removing them leaves no files. Needs root, a Debian mirror and
+# some minutes.
+# usage: tools/check-packages.sh [MIRROR]    default: debootstrap's mirror
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -14,22 +14,22 @@ work=$(mktemp -d)
 trap 'rm -rf --one-file-system "$work"' EXIT
 root=$work/root
 
-# A function that is called here ends at its first failure only where it says so.
+# Functions called by step() run without "set -e": they have to chain their commands with && or return.
 step() { # TEXT COMMAND...
     echo "$1"
     "${@:2}" >"$work/log" 2>&1 || { cat "$work/log" >&2; echo "failed: $1" >&2; exit 1; }
 }
-inside() { # COMMAND... what it mounts goes with it
+inside() { # COMMAND...: runs it in the bare system; its mounts disappear with it
     unshare --mount --pid --fork --mount-proc="$root/proc" chroot "$root" \
         /usr/bin/env -i DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8 PATH=/usr/sbin:/usr/bin:/sbin:/bin "$@"
 }
-needs() { # what a package depends on, but for ours
+needs() { # PACKAGE: prints its dependencies except our own packages
     dpkg-deb -f "$1" Depends | sed 's/liborvcore[^,]*, //'
 }
 paths() {
     (cd "$root" && find . \( -path ./proc -o -path ./tmp \) -prune -o -print | LC_ALL=C sort)
 }
-install() { # PACKAGE... everything they need is there
+install() { # PACKAGE...: their dependencies must be installed already
     paths >"$work/before" && cp "$@" "$root/tmp" && inside dpkg --install "${@/#*\//\/tmp\/}"
 }
 remove() { # NAME...
@@ -39,8 +39,8 @@ libraries_found() {
     inside sh -c 'ldd /usr/lib/*/liborvCore*.so.*' >"$work/libraries" && ! grep 'not found' "$work/libraries"
 }
 
-# hardening-check looks for traces in the library, and two of them need not be there. Each is left out only for a reason
-# that is verified here and printed.
+# hardening-check looks for traces in the library, two of which may be missing for good reasons. A trace is not required
+# only if its reason is verified here; the reason is printed.
 hardened() { # PRESET
     local library build=build/$1 options=()
     library=$(cd "$build" && echo orvCore/liborvCore*.so.*.*)
@@ -48,7 +48,7 @@ hardened() { # PRESET
     only_the_system_is_unprotected "$build" "$library" && options+=(--nocfprotection)
     hardening-check "${options[@]}" "$build/$library"
 }
-no_call_to_fortify() { # BUILD LIBRARY: the flags do their work, but there is none for them
+no_call_to_fortify() { # BUILD LIBRARY: the flags have an effect, but no call of the library needs it
     local flags
     if nm -D --undefined-only "$1/$2" | grep -q '_chk@'; then return 1; fi
     while read -r flags; do
@@ -58,7 +58,7 @@ no_call_to_fortify() { # BUILD LIBRARY: the flags do their work, but there is no
     done < <(sed -n 's/^  FLAGS = //p' "$1/build.ninja" | sort -u)
     echo "No _FORTIFY_SOURCE traces: the compiler knows of no buffer that a call might not fit into"
 }
-only_the_system_is_unprotected() { # BUILD LIBRARY: the linker names what has no control-flow protection
+only_the_system_is_unprotected() { # BUILD LIBRARY: the linker reports files without control-flow protection
     local link unprotected
     link=$(ninja -C "$1" -t commands "$2" | tail -n 1)
     unprotected=$(cd "$1" && sh -c "${link/ -o / -Wl,-z,cet-report=warning -o }" 2>&1 |
@@ -68,13 +68,13 @@ only_the_system_is_unprotected() { # BUILD LIBRARY: the linker names what has no
     echo "No control-flow note: of what is linked, the system's own files have none:"
     echo "$unprotected"
 }
-without_fault() { # PACKAGE... The tag is for what is uploaded to Debian.
+without_fault() { # PACKAGE... The suppressed tag is only for uploads to Debian.
     lintian --allow-root --fail-on error,warning --suppress-tags initial-upload-closes-no-bugs "$@"
 }
 
 step "a bare system" unshare --mount debootstrap --variant=minbase bookworm "$root" "${@:1:1}"
 
-try() { # PRESET NAME: of the CMake package and of the pkg-config file
+try() { # PRESET NAME: the name of the CMake package and of the pkg-config file
     local preset=$1 name=$2 library development
     step "$name: build" cmake --preset "$preset"
     step "$name: build" cmake --build --preset "$preset"

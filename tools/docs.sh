@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 
 tools/bootstrap.sh docs
 ORV_VERSION=$(sed -n 's/^project(orvCore VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
-# The style is decoration: without it the pages look as Doxygen makes them.
+# The style sheet is optional: without it, the pages have Doxygen's own style.
 ORV_DOCS_STYLE=/usr/share/doxygen-awesome-css/doxygen-awesome.css
 [ -f "$ORV_DOCS_STYLE" ] || ORV_DOCS_STYLE=
 export ORV_VERSION ORV_DOCS_STYLE
@@ -15,7 +15,7 @@ rm -rf build/docs
 mkdir -p build/docs
 doxygen docs/Doxyfile
 
-# Doxygen does not ask for enumerators.
+# Doxygen does not check enumerators.
 undocumented=$(awk '
     /<enumvalue / { inside = 1; documented = 0 }
     inside && /<name>/ { name = $0 }

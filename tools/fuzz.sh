@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
-# Builds the fuzz targets and runs them, one after the other, each from its seeds in fuzz/corpus.
+# Builds the fuzz targets and runs them one after the other, each starting from its seeds in fuzz/corpus.
 # usage: tools/fuzz.sh [MINUTES [TARGET...]]
-#   Without arguments: so many inputs each, the same ones every time, for CI.
-#   MINUTES: so long each, going on from what earlier runs have found in build/fuzz/corpus. All targets, or those named.
-# An input that breaks a target ends the run and is kept in build/fuzz/findings; the target runs it again when it is
-# given the file.
+#   Without arguments: a fixed number of reproducible inputs per target, for CI.
+#   MINUTES: the time per target; continues from the inputs that earlier runs found, in build/fuzz/corpus.
+#   TARGET: the targets to run; default: all.
+# The first failing input ends the run and is stored in build/fuzz/findings; pass that file to the target to reproduce
+# the failure.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -27,13 +28,13 @@ build=$PWD/build/fuzz
 targets=("${@:2}")
 [ ${#targets[@]} -gt 0 ] || targets=("$build"/fuzz/*Fuzz)
 mkdir -p "$build/findings"
-# Some targets write files: in memory, where that can be had.
+# Some targets write files: use tmpfs if there is one.
 memory=/dev/shm
 [ -w "$memory" ] || memory=${TMPDIR:-/tmp}
 work=$(mktemp -d "$memory/orvfuzz.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 export TMPDIR=$work
-# Hashes and addresses are part of what guides the fuzzer, so short runs do without chance in either, where they can.
+# Hashes and addresses guide the fuzzer; fix both, where possible, to make short runs reproducible.
 runner=(env QT_HASH_SEED=0)
 if [ -z "$minutes" ] && setarch -R true 2>/dev/null; then
     runner+=(setarch -R)
@@ -48,7 +49,7 @@ for target in "${targets[@]##*/}"; do
         bound=("-runs=$inputs" -seed=1)
     fi
     mkdir -p "$found"
-    # The first folder is where new inputs go.
+    # The fuzzer stores new inputs in the first directory.
     "${runner[@]}" "$build/fuzz/$target" "${bound[@]}" -timeout=10 -print_final_stats=1 \
         -artifact_prefix="$build/findings/$target-" "$found" "fuzz/corpus/$target" >"$work/output" 2>&1 ||
         { cat "$work/output"; exit 1; }

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Layout, static analysis and shell scripts: clang-format, clang-tidy, cppcheck, shellcheck. Fails on any finding.
+# Runs clang-format, clang-tidy, cppcheck and shellcheck. Fails on any finding.
 # usage: tools/lint.sh    after the release preset has been configured and built
 set -euo pipefail
 cd "$(dirname "$0")/.."

@@ -1,4 +1,4 @@
-# CPack gives a package with a shared library scripts that call ldconfig. The trigger does that, once an installation.
+# CPack adds scripts that call ldconfig to packages with a shared library. The trigger does that once per installation.
 
 foreach(package IN LISTS CPACK_PACKAGE_FILES)
     set(folder ${CPACK_TEMPORARY_DIRECTORY}/repacked)

@@ -1,4 +1,4 @@
-# GoogleTest as a Mac would have it: this machine's headers and the stub of the libraries.
+# GoogleTest for the macOS cross build: this machine's headers and a stub of the libraries.
 
 foreach(name gtest gtest_main gmock gmock_main)
     add_library(GTest::${name} SHARED IMPORTED)

@@ -1,5 +1,5 @@
-# QtCore as a Mac would have it: this machine's headers and meta-object compiler, and the stub of the library.
-# tools/check-macos.sh has it found as Qt5 or as Qt6.
+# QtCore for the macOS cross build: this machine's headers and meta-object compiler, and a stub of the library.
+# tools/check-macos.sh links it as Qt5Config.cmake and as Qt6Config.cmake.
 
 set(qt ${CMAKE_FIND_PACKAGE_NAME})
 if(TARGET ${qt}::Core) # found before

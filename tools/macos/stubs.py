@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes a text-based stub (.tbd) of a library that a Mac would link, from sources that do not depend on this project.
+"""Writes a text-based stub (.tbd) of a macOS library from sources that do not depend on this project.
 
 A source is one of
   AST.json  what C headers declare: clang's syntax tree of them, which has the linker's name of each function;
@@ -19,7 +19,7 @@ import sys
 
 
 TRAITS = "char, std::char_traits<char>"
-ABBREVIATED = {  # what a mangled name has a short form for
+ABBREVIATED = {  # types with an abbreviation in mangled names
     "istream": f"std::basic_istream<{TRAITS} >",
     "ostream": f"std::basic_ostream<{TRAITS} >",
     "string": f"std::basic_string<{TRAITS}, std::allocator<char> >",
@@ -45,7 +45,7 @@ def listed(path):
 
 
 def exported(library):
-    """Mach-O puts an underscore before each name; ELF may put a version behind it."""
+    """Exported names: Mach-O prefixes an underscore; ELF may append a version."""
     table = [] if library.endswith(".a") else ["-D"]
     lines = output("llvm-nm", *table, "-g", "--defined-only", "--format=just-symbols", library).splitlines()
     return {"_" + line.split("@")[0] for line in lines if line and not line.endswith(":")}
@@ -58,11 +58,11 @@ def needed(folder):
 
 
 def readable(names):
-    """Pairs of a name and what it says, with the types made equal that differ between the systems."""
+    """Yields each name with its demangled form, in which types that differ between the systems are made equal."""
     names = list(names)
     lines = output("llvm-cxxfilt", text="\n".join(name[1:] for name in names)).splitlines()
     for name, line in zip(names, lines, strict=True):
-        line = line.replace("[abi:cxx11]", "")  # libstdc++ marks what returns its std::string
+        line = line.replace("[abi:cxx11]", "")  # libstdc++ marks functions that return its std::string
         line = re.sub(r"\bstd::(__1|__cxx11)::", "std::", line)
         line = re.sub(r"\bstd::(ostream|istream|string)\b", lambda match: ABBREVIATED[match[1]], line)
         line = line.replace("long long", "long")  # behind uint64_t and intmax_t

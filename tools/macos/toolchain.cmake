@@ -1,5 +1,5 @@
-# Builds for a Mac with Debian's clang and lld. ORV_MAC_PROCESSOR, ORV_MAC_WORK (which has the folders sysroot, include
-# and lib) come from tools/check-macos.sh.
+# Builds for macOS with Debian's clang and lld. tools/check-macos.sh sets ORV_MAC_PROCESSOR, and ORV_MAC_WORK: a
+# directory with sysroot, include and lib.
 
 set(CMAKE_SYSTEM_NAME Darwin)
 set(CMAKE_SYSTEM_VERSION 21.0.0) # of macOS 12
@@ -21,7 +21,7 @@ endforeach()
 find_program(CMAKE_INSTALL_NAME_TOOL NAMES llvm-install-name-tool llvm-install-name-tool-14)
 find_program(CMAKE_OTOOL NAMES llvm-otool llvm-otool-14)
 
-# What this machine has is not what a Mac has: programs are taken from here, everything else from ORV_MAC_WORK.
+# Programs are found on this machine, headers and libraries only in ORV_MAC_WORK.
 set(CMAKE_FIND_ROOT_PATH ${CMAKE_OSX_SYSROOT})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
@@ -33,4 +33,4 @@ set(CryptoPP_INCLUDE_DIR ${ORV_MAC_WORK}/include)
 set(CryptoPP_LIBRARY ${ORV_MAC_WORK}/lib/libcryptopp.tbd)
 set(EasyLoggingPP_INCLUDE_DIR ${ORV_MAC_WORK}/include)
 set(EasyLoggingPP_SOURCE /usr/include/easylogging++.cc)
-set(CMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE PRE_TEST) # nothing of it runs here
+set(CMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE PRE_TEST) # the tests cannot run here
