@@ -14,7 +14,7 @@ work=$(mktemp -d "$memory/orvpeers.XXXXXX")
 trap 'chmod -R u+rwx "$work"; rm -rf "$work"' EXIT
 cd "$work"
 export ORVSEAL_PASSWORD='correct horse' BORG_PASSPHRASE='correct horse' RESTIC_PASSWORD='correct horse'
-export BORG_BASE_DIR=$work/home XDG_CACHE_HOME=$work/home # caches and keys go with the rest
+export BORG_BASE_DIR=$work/home XDG_CACHE_HOME=$work/home # removed with the other files
 create_files() { # DIRECTORY COUNT SMALLEST LARGEST: of random sizes in bytes, 200 in a directory
     python3 - "$@" <<'END'
 import os, random, sys

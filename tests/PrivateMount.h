@@ -19,8 +19,8 @@ public:
 
     /// Adds an extended attribute of 600 bytes to a file. False if they are not supported.
     static bool addLargeAttribute(const QFile& file);
-    /// From now on, reserving space stops half-way because the user's quota is used up. Quotas themselves need a kernel
-    /// that was built with them.
+    /// From now on, reservations fail half-way with an exceeded quota. Simulated, because real quotas need kernel
+    /// support.
     static void useUpQuota();
 
 private:

@@ -17,7 +17,7 @@ bool quotaUsedUp = false;
 
 } // namespace
 
-/// In place of the C library's function.
+/// Replaces the C library's function.
 extern "C" int fallocate(int fd, int mode, off_t offset, off_t size)
 {
     if (!quotaUsedUp)

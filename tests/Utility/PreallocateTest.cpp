@@ -78,7 +78,7 @@ TEST_P(PreallocateTest, QuotaUsedUp)
 {
     PrivateMount::useUpQuota();
     EXPECT_FALSE(preallocateFile(m_file.handle(), 8 * MiB));
-    EXPECT_EQ(reservedBytes(m_file), 0) << "all or none";
+    EXPECT_EQ(reservedBytes(m_file), 0) << "nothing reserved";
 }
 
 INSTANTIATE_TEST_SUITE_P(FileSystems, PreallocateTest, testing::Values("tmpfs", "ext4"));

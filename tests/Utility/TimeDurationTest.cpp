@@ -10,8 +10,8 @@
 
 namespace {
 
-/// Formats a duration in 16 threads at once. Returns the number of wrong texts.
-int wrongTextsOfThreads()
+/// Formats a duration in 16 concurrent threads. Returns the number of wrong results.
+int wrongResultsOfThreads()
 {
     constexpr int ThreadCount = 16;
     std::atomic<int> waiting{ThreadCount};
@@ -31,14 +31,14 @@ int wrongTextsOfThreads()
 
 } // namespace
 
-// A race in the first use of Qt's calendars once gave an empty text in one of some hundred processes. The death test
-// starts this program anew, so that no other test has used them before.
+// A race in the first use of Qt's calendars yielded an empty string in one of a few hundred processes. The death test
+// restarts the test program, so no other test has used the calendars before.
 TEST(TimeDurationDeathTest, FirstUseInSeveralThreads)
 {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     const auto isRightInEachProcess = [] {
         for (int i = 0; i < ORV_FORKS; ++i) {
-            if (runInChild([] { ::_exit(wrongTextsOfThreads()); }).exitCode != 0)
+            if (runInChild([] { ::_exit(wrongResultsOfThreads()); }).exitCode != 0)
                 return false;
         }
         return true;
