@@ -13,7 +13,6 @@
 #include <QSet>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <tuple>
 #include <vector>
@@ -38,20 +37,15 @@ constexpr qint64 LastSecond = 9223372035;         // since 1970; its nanoseconds
 constexpr qint64 LastMilliseconds = LastSecond * 1000;
 constexpr qint64 LargestOwner = 0xFFFFFFFE;
 
-const std::array<QLatin1String, 4> TypeNames = {QLatin1String("file"), QLatin1String("folder"), QLatin1String("link"),
-    QLatin1String("hardlink")}; // in the order of Entry::Type
-
-/// Rounded down, so that the remainder is positive also before 1970.
-qint64 secondsOf(qint64 nanoseconds)
-{
-    return std::chrono::floor<std::chrono::seconds>(std::chrono::nanoseconds(nanoseconds)).count();
-}
+const QStringList TypeNames = {QStringLiteral("file"), QStringLiteral("folder"), QStringLiteral("link"),
+    QStringLiteral("hardlink")}; // in the order of Entry::Type
 
 QByteArray toLine(const Entry& entry)
 {
-    const qint64 seconds = secondsOf(entry.modified);
+    // Rounded down, so that the remainder is positive also before 1970
+    const qint64 seconds = std::chrono::floor<std::chrono::seconds>(std::chrono::nanoseconds(entry.modified)).count();
     QJsonObject object = {
-        {"type", TypeNames[std::size_t(entry.type)]},
+        {"type", TypeNames[entry.type]},
         {"path", entry.path},
         {"permissions", entry.permissions},
         {"modified", seconds},
@@ -74,11 +68,11 @@ QByteArray toLine(const Entry& entry)
 Entry fromLine(const QByteArray& line, const VaultHead& head)
 {
     const StrictObject object(line, QStringLiteral("the manifest"));
-    const auto typeName = std::find(TypeNames.begin(), TypeNames.end(), object.text("type"));
-    object.require(typeName != TypeNames.end(), "type");
+    const auto type = TypeNames.indexOf(object.text("type"));
+    object.require(type >= 0, "type");
 
     Entry entry;
-    entry.type = static_cast<Entry::Type>(typeName - TypeNames.begin());
+    entry.type = static_cast<Entry::Type>(type);
     entry.path = object.text("path");
     entry.permissions = int(object.number("permissions", 0, entry.type == Entry::Directory ? 01777 : 0777));
     if (head.format == 1) {

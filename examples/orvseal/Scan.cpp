@@ -129,13 +129,12 @@ private:
     void linkNames()
     {
         std::map<FileId, QString> firstNames;
-        for (const auto& [path, id] : m_ids) {
-            const auto [first, isFirst] = firstNames.emplace(id, path);
-            if (isFirst)
+        for (Entry& entry : m_result.entries) {
+            const auto id = m_ids.find(entry.path);
+            if (id == m_ids.end() || firstNames.emplace(id->second, entry.path).second)
                 continue;
-            auto& entry = const_cast<Entry&>(*find(m_result.entries, path));
             entry.type = Entry::HardLink;
-            entry.target = first->second;
+            entry.target = firstNames[id->second];
             entry.size = 0;
         }
     }
