@@ -41,17 +41,17 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "${library_package} (= ${CPACK_DEBIAN_PACKAGE_VERSION}), ${qt_package} (>= ${ORV_QT_VERSION})")
 
 # Files that Debian requires in every package
-set(folder ${CMAKE_CURRENT_BINARY_DIR}/debian)
+set(directory ${CMAKE_CURRENT_BINARY_DIR}/debian)
 find_program(GZIP gzip REQUIRED)
 foreach(component library development)
     string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC) # SOURCE_DATE_EPOCH, if set, for reproducible builds
-    configure_file(${CMAKE_CURRENT_LIST_DIR}/debian/changelog.in ${folder}/${component}/changelog.Debian @ONLY)
-    execute_process(COMMAND ${GZIP} -9nf ${folder}/${component}/changelog.Debian COMMAND_ERROR_IS_FATAL ANY)
-    install(FILES ${CMAKE_CURRENT_LIST_DIR}/debian/copyright ${folder}/${component}/changelog.Debian.gz
+    configure_file(${CMAKE_CURRENT_LIST_DIR}/debian/changelog.in ${directory}/${component}/changelog.Debian @ONLY)
+    execute_process(COMMAND ${GZIP} -9nf ${directory}/${component}/changelog.Debian COMMAND_ERROR_IS_FATAL ANY)
+    install(FILES ${CMAKE_CURRENT_LIST_DIR}/debian/copyright ${directory}/${component}/changelog.Debian.gz
         DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${${component}_package} COMPONENT ${component})
 endforeach()
-file(WRITE ${folder}/triggers "activate-noawait ldconfig\n")
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${folder}/triggers)
+file(WRITE ${directory}/triggers "activate-noawait ldconfig\n")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${directory}/triggers)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/debian/NoMaintainerScripts.cmake)
 

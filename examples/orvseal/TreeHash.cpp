@@ -11,13 +11,13 @@ constexpr qint64 FullPart = 1024 * 1024; // bytes
 void TreeHash::addData(const char* data, qint64 size)
 {
     while (size > 0) {
-        const qint64 portion = std::min(size, FullPart - m_partSize);
-        m_part.addData(QByteArray::fromRawData(data, int(portion)));
-        m_partSize += portion;
+        const qint64 count = std::min(size, FullPart - m_partSize);
+        m_part.addData(QByteArray::fromRawData(data, int(count)));
+        m_partSize += count;
         if (m_partSize == FullPart)
             endPart();
-        data += portion;
-        size -= portion;
+        data += count;
+        size -= count;
     }
 }
 
