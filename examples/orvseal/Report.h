@@ -16,7 +16,7 @@ namespace orvseal {
 /// Problems, notes and progress may come from any thread; only the thread that calls `show()` and `finish()` prints.
 class Report {
 public:
-    /// What is no problem, but mentioned at the end.
+    /// Remarks that are no problems; `finish()` prints how many entries each one concerns.
     enum Note {
         Attributes, ///< extended attributes are not kept
         AccessList, ///< nor is an access control list

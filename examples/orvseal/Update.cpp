@@ -107,12 +107,13 @@ void Update::removeSurplus(const VaultHead& head, const Entries& entries)
 void Update::undo()
 {
     std::error_code ignored;
-    if (m_hasBegun && typeOf(m_path + DataDirectory) == fs::file_type::directory)
+    if (m_hasBegun && typeOf(m_path + DataDirectory) == fs::file_type::directory) {
         removeSurplus(m_oldHead.value_or(VaultHead()), m_before);
-    if (m_hasBegun && !m_oldHead) {
-        fs::remove(nativePath(m_path + DataDirectory), ignored); // only if it is empty
-        QFile::remove(m_path + HeadFile);
+        if (!m_oldHead)
+            fs::remove(nativePath(m_path + DataDirectory), ignored); // only if it is empty
     }
+    if (m_hasBegun && !m_oldHead)
+        QFile::remove(m_path + HeadFile);
     m_lock.unlock();
     if (m_isNewDirectory)
         fs::remove(nativePath(m_path), ignored);

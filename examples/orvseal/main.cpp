@@ -59,9 +59,8 @@ disk is full, or standard output cannot be written; 129, 130 or 143, interrupted
 /// The algorithm names on the command line, which are those of the library in lower case
 const QMap<QString, Algorithm>& algorithms()
 {
-    static const QMap<QString, Algorithm> byName = {{QStringLiteral("aes128"), Aes128},
-        {QStringLiteral("aes192"), Aes192}, {QStringLiteral("aes256"), Aes256}, {QStringLiteral("des"), Des},
-        {QStringLiteral("des112"), Des112}, {QStringLiteral("des3"), Des3}};
+    static const QMap<QString, Algorithm> byName = {
+        {"aes128", Aes128}, {"aes192", Aes192}, {"aes256", Aes256}, {"des", Des}, {"des112", Des112}, {"des3", Des3}};
     return byName;
 }
 
@@ -101,13 +100,13 @@ void runCommand(const QString& command, QStringList arguments, const Options& op
 {
     std::transform(arguments.begin(), arguments.end(), arguments.begin(), pathOf);
     const int count = arguments.contains(QString()) ? 0 : int(arguments.size());
-    if (command == QLatin1String("seal") && count == 2)
+    if (command == "seal" && count == 2)
         sealDirectory(arguments[0], arguments[1], options, report);
-    else if (command == QLatin1String("open") && count >= 2)
+    else if (command == "open" && count >= 2)
         openVault(arguments[0], arguments[1], arguments.mid(2), options, report);
-    else if (command == QLatin1String("verify") && count == 1)
+    else if (command == "verify" && count == 1)
         verifyVault(arguments[0], options, report);
-    else if (command == QLatin1String("list") && count == 1)
+    else if (command == "list" && count == 1)
         listVault(arguments[0], options);
     else
         throw Base(QStringLiteral("wrong command, or wrong number of arguments; see orvseal --help"));
@@ -115,61 +114,51 @@ void runCommand(const QString& command, QStringList arguments, const Options& op
 
 void run(Report& report)
 {
-    const QStringList names = algorithms().keys();
-    const QString algorithm = QStringLiteral("algorithm");
-    const QString iterations = QStringLiteral("iterations");
-    const QString force = QStringLiteral("force");
-    const QString jobs = QStringLiteral("jobs");
-    const QString passwordFile = QStringLiteral("password-file");
-    const QString logDirectory = QStringLiteral("log-dir");
-    const QString help = QStringLiteral("help"); // Qt's own option would add --help-all, which has nothing to add
+    const QString names = QStringList(algorithms().keys()).join(", ");
     QCommandLineParser parser;
-    parser.setApplicationDescription(QLatin1String(Description));
+    parser.setApplicationDescription(Description);
     parser.addOptions({
-        {algorithm, QStringLiteral("For a new vault: the cipher, one of %1. Default: aes256.").arg(names.join(", ")),
-            QStringLiteral("NAME")},
-        {iterations,
+        {"algorithm", QStringLiteral("For a new vault: the cipher, one of %1. Default: aes256.").arg(names), "NAME"},
+        {"iterations",
             QStringLiteral("For a new vault: how often the password is hashed, from %1 to %2. A smaller number is "
                            "faster, for programs with random passwords, and easier to guess. Default: 1300000.")
                 .arg(Key::ITERATION_ADVANCED)
                 .arg(MostIterations),
-            QStringLiteral("N")},
-        {force, QStringLiteral("For \"seal\": read all files, also those that seem unchanged.")},
-        {jobs, QStringLiteral("How many files to process at a time. Default: the number of processors."),
-            QStringLiteral("N"), QString::number(std::clamp(QThread::idealThreadCount(), 1, MostJobs))},
-        {passwordFile, QStringLiteral("The file with the password."), QStringLiteral("F")},
-        {logDirectory, QStringLiteral("Write the log file log_orvseal.log in this directory. Default: no log."),
-            QStringLiteral("D")},
-        {{QStringLiteral("h"), help}, QStringLiteral("Shows this help.")},
+            "N"},
+        {"force", "For \"seal\": read all files, also those that seem unchanged."},
+        {"jobs", "How many files to process at a time. Default: the number of processors.", "N",
+            QString::number(std::clamp(QThread::idealThreadCount(), 1, MostJobs))},
+        {"password-file", "The file with the password.", "F"},
+        {"log-dir", "Write the log file log_orvseal.log in this directory. Default: no log.", "D"},
+        {{"h", "help"}, "Shows this help."}, // Qt's own option would add --help-all, which has nothing to add
     });
-    parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("seal, open, verify or list."));
-    parser.addPositionalArgument(
-        QStringLiteral("arguments"), QStringLiteral("As above."), QStringLiteral("argument..."));
+    parser.addPositionalArgument("command", "seal, open, verify or list.");
+    parser.addPositionalArgument("arguments", "As above.", "argument...");
     if (!parser.parse(QCoreApplication::arguments()))
         throw Base(parser.errorText());
-    if (parser.isSet(help)) {
+    if (parser.isSet("help")) {
         print(parser.helpText());
         return;
     }
 
     const QStringList arguments = parser.positionalArguments();
     const QString command = arguments.value(0);
-    for (const QString& option : {algorithm, iterations, force}) {
-        if (parser.isSet(option) && command != QLatin1String("seal"))
+    for (const char* const option : {"algorithm", "iterations", "force"}) {
+        if (parser.isSet(option) && command != "seal")
             throw Base(QStringLiteral("--%1 is only for \"seal\"").arg(option));
     }
     Options options;
-    options.algorithm = algorithms().value(parser.value(algorithm), None);
-    if (parser.isSet(algorithm) && options.algorithm == None)
-        throw Base(QStringLiteral("--algorithm has to be one of %1").arg(names.join(", ")));
-    if (parser.isSet(iterations))
-        options.iterations = numberOf(parser, iterations, Key::ITERATION_ADVANCED, MostIterations);
-    options.jobs = numberOf(parser, jobs, 1, MostJobs);
-    options.force = parser.isSet(force);
-    if (parser.isSet(passwordFile))
-        options.passwordFile = pathOf(parser.value(passwordFile));
+    options.algorithm = algorithms().value(parser.value("algorithm"), None);
+    if (parser.isSet("algorithm") && options.algorithm == None)
+        throw Base(QStringLiteral("--algorithm has to be one of %1").arg(names));
+    if (parser.isSet("iterations"))
+        options.iterations = numberOf(parser, "iterations", Key::ITERATION_ADVANCED, MostIterations);
+    options.jobs = numberOf(parser, "jobs", 1, MostJobs);
+    options.force = parser.isSet("force");
+    if (parser.isSet("password-file"))
+        options.passwordFile = pathOf(parser.value("password-file"));
 
-    startLog(pathOf(parser.value(logDirectory)));
+    startLog(pathOf(parser.value("log-dir")));
     Orv::OrvDebug("orvseal").info() << command << "begins," << Orv::Core::Version::string();
     runCommand(command, arguments.mid(1), options, report);
 }

@@ -260,7 +260,10 @@ check_incomplete_vault() {
     expect_refusal verify vault
     expect_refusal seal source vault
     expect_line err '"data" in it is not a directory'
-    rm vault/vault.json
+    rm vault/manifest
+    expect_status 2 seal source vault # and does not touch foreign files
+    if [ ! -L vault/data ] || [ "$(file_count elsewhere)" -ne 2 ]; then fail "the link's target was changed"; fi
+    rm -f vault/vault.json
     expect_refusal verify vault
     expect_refusal verify missing
 }
