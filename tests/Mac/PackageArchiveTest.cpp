@@ -107,9 +107,9 @@ TEST_F(PackageArchive, EveryTruncationAndWrongByteIsDetected)
 TEST_F(PackageArchive, BoundedMemoryAndTime)
 {
     const int room = (4 << 20) - 2048;
-    const auto filled = [&](const QByteArray& piece, const QByteArray& before = "", const QByteArray& after = "") {
+    const auto filled = [&](const QByteArray& unit, const QByteArray& before = "", const QByteArray& after = "") {
         return withTable(tableOf(ChecksumElement + SIGNATURE + before +
-            piece.repeated((room - before.size() - after.size()) / piece.size()) + after));
+            unit.repeated((room - before.size() - after.size()) / unit.size()) + after));
     };
     const auto numbered = [](const QByteArray& prefix, int from, int to) {
         QByteArray attributes;

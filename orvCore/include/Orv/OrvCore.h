@@ -47,7 +47,7 @@
 
 /// \namespace Orv
 /// The library. The following are in the global namespace: callbacks of Qt, of the system and of the logging back end,
-/// the logging categories, and the lock probe.
+/// the logging categories, the thread number, and the lock probe.
 
 /// \namespace Orv::Core
 /// Product identity, shared settings, and the hash tree.

@@ -8,8 +8,7 @@ const QString GlobalConfig::PaxCloudPluginName = QStringLiteral("libpaxCloud");
 
 GlobalConfig::~GlobalConfig() = default;
 
-namespace {
-
+/// Stores the settings.
 class GlobalConfigImpl : public GlobalConfig {
 public:
     bool usePax() const override { return m_usePax; }
@@ -63,8 +62,6 @@ private:
     QString m_cloudPluginName;
     unsigned int m_retryTimeout = 2000;
 };
-
-} // namespace
 
 QSharedPointer<GlobalConfig> GlobalConfig::instancePtr()
 {

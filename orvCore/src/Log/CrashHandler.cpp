@@ -92,7 +92,7 @@ void addFrames(SignalText& text)
     text.add("\n    ======= Backtrace: =========");
     addFrames(text);
     writeFromSignal({DefaultLog, ShadowLog}, "FATAL", text.text());
-    std::raise(SIGABRT); // before abort(), which may flush streams that another thread has locked
+    std::raise(SIGABRT); // abort() may flush streams that another thread has locked, so the signal comes first
     std::abort();
 }
 

@@ -119,7 +119,7 @@ void addTime(SignalText& text)
     text.add(",").add(static_cast<std::uint64_t>(time.tv_usec), 10, 6);
 }
 
-/// Gives up after a timeout if standard output is a pipe without a reader, because signal handlers must not block.
+/// Gives up after a timeout if standard output is a full pipe that nobody reads: signal handlers must not block.
 void writeToStandardOutputWithoutWaiting(std::string_view text)
 {
     constexpr std::size_t Chunk = 512; // PIPE_BUF is at least this: a writable pipe accepts it

@@ -9,8 +9,8 @@
 
 class LogFile;
 
-/// The two logs. The back end filters and formats the entries; this module writes them. All functions require the
-/// `LogLock`.
+/// The two logs. The back end filters and formats the entries; this module writes them. All functions but
+/// `writeFromSignal` require the `LogLock`.
 namespace Orv::LogBackend {
 
 enum Log { DefaultLog, ShadowLog };

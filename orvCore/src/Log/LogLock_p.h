@@ -13,8 +13,9 @@ public:
     ///@{
     /// For signal handlers, which must not block on a lock that the interrupted thread may hold.
 
-    /// Calls `work` with the lock held: immediately if the lock is free, otherwise in its holder's thread, right after
-    /// the release. Further calls before `work` has run have no effect.
+    /// Calls `work` with the lock held: immediately if the lock is free, otherwise right after its release, usually in
+    /// its holder's thread: so in a signal handler or in an ordinary thread. Repeated calls before `work` has run count
+    /// as one.
     static void callWhenFree(void (*work)());
     /// Acquires the lock permanently, unless that takes more than half a second or the calling thread already holds it.
     static void takeIfPossible();

@@ -11,7 +11,7 @@ namespace Orv::Utitlity {
 
 namespace {
 
-// Bounds the search for a chain; OpenSSL's default maximum depth is lower.
+// Bounds the search for a chain; as many as OpenSSL's default maximum depth.
 constexpr int MostCertificates = 100;
 // A parsed certificate may need fifty times its size in memory. Real ones have a few KiB.
 constexpr int LargestChain = 256 * 1024; // bytes

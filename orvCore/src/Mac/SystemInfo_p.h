@@ -4,8 +4,8 @@
 
 namespace Orv::Utility {
 
-/// Returns the version from the lists in `directory`, a path that ends with a slash. Without a valid version, the
-/// result is the content of the last list that could be opened: 10.16, a version with major number 0, or 0.0.
+/// Returns the version from the lists in `directory`, a path that ends with a slash. Without a valid version,
+/// returns the invalid one of the last list that could be opened: 10.16, one with major number 0, or 0.0.
 QString macOsVersion(const QString& directory);
 
 } // namespace Orv::Utility

@@ -17,7 +17,7 @@ namespace Orv {
 /// - to standard output, if `setOutToStream(true)`, in color if it was a terminal when `init()` was called;
 /// - to the shadow log, if configured, which is never rotated and stays on when the log is disabled.
 ///
-/// Logging never ends or blocks the process, except for fatal messages:
+/// Errors of the log never end the process, and its files never block it (a fatal message ends it, as always):
 /// - No entry is lost during rotation, even if many threads log. If the new name is taken (two rotations within a
 ///   second) or the rename fails, the file keeps growing, and each entry retries.
 /// - A missing log directory is created. If that fails, or a file cannot be written, entries are dropped; every entry
@@ -26,7 +26,8 @@ namespace Orv {
 /// - An entry is dropped if memory runs out or its output throws. Other threads are not affected.
 /// - If a file is deleted while it is open, further entries are lost with it until it is full or `reconfigure()` is
 ///   called.
-/// - If the log file is a FIFO without a reader, entries are dropped. Writing to standard output may block.
+/// - If the log file is a FIFO that nobody reads, without a reader or full, entries are dropped. Writing to standard
+///   output may block.
 ///
 /// These errors are not reported. Log files are opened in append mode with close-on-exec. A forked child process logs
 /// to the same files; `fork()` waits for the entry being written. Locks outside the log are not protected: a child may

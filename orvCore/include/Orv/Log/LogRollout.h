@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-/// Rotates a log file by renaming it: F/log_A.log becomes F/log_A_20240131235959.log, with the local time. The log
+/// Rotates a log file by renaming it: D/log_A.log becomes D/log_A_20240131235959.log, with the local time. The log
 /// calls it for a full file, unless the new name is taken. `size` is not used.
 ///
 /// The last four characters of the name are replaced, whatever they are. An existing file is not overwritten: in that

@@ -5,8 +5,8 @@
 #include <QString>
 #include <QtGlobal>
 
-/// The Qt message handler that `LogManager` installs without a shadow log: writes each message to the log. Critical
-/// messages have the level ERROR; the other levels are named like Qt's types. A fatal message ends the process with
+/// The Qt message handler that `LogManager` installs without a shadow log: writes each message to the log, with
+/// the level DEBUG, INFO, WARNING, ERROR (critical messages) or FATAL. A fatal message ends the process with
 /// `abort()` after it is written. Warnings that begin with "libpng" and unknown message types are dropped.
 ///
 /// Thread-safe. If memory runs out, the message is dropped.

@@ -17,8 +17,9 @@ ORV_EXPORT const QLoggingCategory& orvLogInfo0();
 /// Detailed information, category "1.orv.log": enabled at levels `InfoHigh` and `Debug`.
 ORV_EXPORT const QLoggingCategory& orvLogInfoH();
 
-/// Returns a small number for the calling thread: 1 for the first thread that logs or calls this function, 2 for the
-/// next, and so on. A number stays assigned to the system's thread number for the lifetime of the process. Thread-safe.
+/// Returns a small number for the calling thread: 1 for the first thread that uses `OrvDebug` or calls this function,
+/// 2 for the next, and so on. A number stays assigned to the system's thread number for the lifetime of the process.
+/// Thread-safe.
 ORV_EXPORT quint64 threadId();
 
 namespace Orv {
@@ -56,8 +57,8 @@ private:
     const char* m_name;
 };
 
-/// Times a scope: the timer starts with the object. There is no accessor, and nothing is written to the log: in a
-/// debugger, the object on the stack shows which operation runs and since when.
+/// Times a scope, for a debugger only: the object on the stack shows which operation runs and since when. It logs
+/// nothing and has no accessors.
 class ORV_EXPORT OrvFullDebug {
 public:
     /// `name`, the component, is not copied: it has to outlive the object. `text` describes the operation, for example

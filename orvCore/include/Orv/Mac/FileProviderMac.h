@@ -48,7 +48,7 @@ Q_SIGNALS:
     void downloadingStarted();
 
 protected:
-    /// Uses `item` in place of the system, for tests.
+    /// Uses `item` instead of the system.
     FileProviderMac(std::unique_ptr<CloudItem> item, QObject* parent);
 
 private:

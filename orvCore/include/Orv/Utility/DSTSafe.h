@@ -48,7 +48,7 @@ ORV_EXPORT QDateTime& shrinkSeconds(QDateTime& dt);
 
 /// Returns the system's boot time in local time, from the next boot record of the user-accounting database; invalid if
 /// there is none. Reading continues at the process's current position in the database, so a second call returns the
-/// next record. Not safe if other code in the process uses `getutxent`.
+/// next boot record, if there is one. Not safe if other code in the process uses `getutxent`.
 ORV_EXPORT QDateTime dateTimeBoot();
 
 } // namespace Orv::Utility

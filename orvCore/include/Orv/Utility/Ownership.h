@@ -12,7 +12,7 @@ namespace Orv::Utility {
 /// The topmost directory is changed first and `path` last; links are followed. If no ancestor has another owner,
 /// nothing changes. Each step is logged as a debug message. Requires the privilege to change owners.
 ///
-/// If a change fails, logs a warning and returns false; the remaining entries below keep their owner.
+/// If a change fails, logs a warning and returns false; the directories and the file below keep their owner.
 ///
 /// @warning Privileged callers: use the overload with `LinkPolicy::Refuse` if other users can write to a directory in
 /// the path. With `restored -> ../etc` in a user's directory, this function gives that user the directory "etc".

@@ -13,7 +13,8 @@ class ORV_EXPORT TemporaryFile : public QTemporaryFile {
     Q_OBJECT
 
 public:
-    /// Like `QTemporaryFile`: the trailing "XXXXXX" of the template is replaced to form a unique name.
+    /// Like `QTemporaryFile`: the last "XXXXXX" of the template, which is appended if missing, is replaced to form a
+    /// unique name.
     TemporaryFile(const QString& templateName, QObject* parent);
     ~TemporaryFile() override;
 

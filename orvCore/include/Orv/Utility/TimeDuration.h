@@ -13,7 +13,8 @@ public:
     /// 90061.
     ///
     /// Days are counted in the local calendar from the start of today. On a day with a daylight-saving transition,
-    /// durations of a day and more therefore differ by the length of that transition. A negative duration yields the
+    /// durations of a day and more therefore differ from plain arithmetic by the hour that this day is longer or
+    /// shorter. A negative duration yields the
     /// time of day that long before midnight: "23:59:00" for -60.
     static QString toString(int seconds);
 };

@@ -79,7 +79,8 @@ public:
     /// library, call `init()` before using the object again. An exception of the source leaves the object unchanged.
     qint64 readData(char* data, qint64 maxSize);
 
-    /// Calls `encryptors[i]->readData(data[i], maxSize)` for each `i` and returns the results, but faster.
+    /// Has the same effect as `encryptors[i]->readData(data[i], maxSize)` for each `i`, in bytes and results, but is
+    /// faster. Returns the results in order.
     ///
     /// Encryptors that encrypt with the same cipher and key in `Cbc` mode advance in lockstep, up to eight at a time,
     /// so that the processor works on independent blocks: two to three times as fast on one core with AES. All others
@@ -94,9 +95,9 @@ public:
     /// Writes the rest of the stream to `destination` in chunks of 64 KiB, and flushes it if it is a file.
     ///
     /// Returns false if the source fails, if it yields no data before its end, or if the destination accepts too few
-    /// bytes. Data already written stays there; `init()` starts a new stream. Neither device is closed. Compare
-    /// `bytesRead()` with the expected size: a source that became shorter is not an error. Throws the exceptions of
-    /// `readData`.
+    /// bytes or cannot be flushed. Data already written stays there; `init()` starts a new stream. Neither device is
+    /// closed. Compare `bytesRead()` with the expected size: a source that became shorter is not an error. Throws the
+    /// exceptions of `readData`.
     bool writeTo(QIODevice& destination);
 
     /// Whether the whole stream has been returned.
