@@ -31,9 +31,7 @@ create_files source "$files" 4096 102400
 head -c 200000000 /dev/urandom >source/large
 
 timed() { # NAME COMMAND...: appends the seconds and the kilobytes of memory to the file NAME
-    local name=$1
-    shift
-    /usr/bin/time -a -o "$work/times.$name" -f '%e %M' "$@" >"$work/output" 2>&1 || { cat "$work/output"; exit 1; }
+    /usr/bin/time -a -o "$work/times.$1" -f '%e %M' "${@:2}" >"$work/output" 2>&1 || { cat "$work/output"; exit 1; }
 }
 
 for ((round = 1; round <= repetitions; ++round)); do
@@ -62,7 +60,7 @@ median() { # FILE: of its first column
 printf '%-10s %10s %10s %10s\n' "$(date +%F)" orvseal borg restic
 for run in first second check restore; do
     printf '%-10s' "$run"
-    for program in orvseal borg restic; do printf ' %8s s' "$(median "times.$run.$program")"; done
+    printf ' %8s s' "$(median "times.$run.orvseal")" "$(median "times.$run.borg")" "$(median "times.$run.restic")"
     echo
 done
 most_memory() { # FILES...: in MB
