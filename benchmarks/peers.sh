@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
-# Compares the sample client with borg and restic, which have to be installed: a first run over a tree, a second one over
-# the unchanged tree, reading all data again, restoring it, and peak memory. Medians of wall-clock times. Then measures
-# the client's peak memory with five times as many small files.
+# Compares the sample client with borg and restic, on Debian: a first run over a tree, a second one over the unchanged
+# tree, reading all data again, restoring it, and peak memory. Medians of wall-clock times. Then measures the client's
+# peak memory with five times as many small files.
 # usage: benchmarks/peers.sh ORVSEAL [REPETITIONS [FILES]]
 #
 # The tree has FILES (20000) files of 4 to 100 KiB, and one of 200 MB, all random. It is kept in memory if possible.
 set -euo pipefail
 
+"$(dirname "$0")/../tools/bootstrap.sh" peers
 orvseal=$(realpath "$1") repetitions=${2:-3} files=${3:-20000}
 memory=/dev/shm
 [ -w "$memory" ] || memory=${TMPDIR:-/tmp}

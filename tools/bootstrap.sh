@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs missing packages for building and testing. Prints nothing if none is missing.
-# usage: tools/bootstrap.sh [abi] [benchmarks] [docs] [fuzz] [lint] [macos] [packages] [qt6]    for these purposes, too
+# usage: tools/bootstrap.sh [abi] [benchmarks] [docs] [fuzz] [lint] [macos] [packages] [peers] [qt6]
+#   also for these purposes
 set -euo pipefail
 
 debian_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libcrypto++-dev libeasyloggingpp-dev
@@ -33,6 +34,9 @@ for purpose in "$@"; do
         ;;
     packages)
         debian_packages+=(dpkg-dev debootstrap devscripts lintian gzip file)
+        ;;
+    peers) # for benchmarks/peers.sh, which needs Debian
+        debian_packages+=(borgbackup restic time python3)
         ;;
     qt6)
         debian_packages+=(qt6-base-dev)
