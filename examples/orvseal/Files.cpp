@@ -45,7 +45,10 @@ fs::path nativePath(const QString& path)
 fs::file_type typeOf(const QString& path)
 {
     std::error_code error;
-    return fs::symlink_status(nativePath(path), error).type();
+    const fs::file_type type = fs::symlink_status(nativePath(path), error).type();
+    if (type == fs::file_type::none)
+        throw Base(QStringLiteral("%1: %2").arg(path, QString::fromStdString(error.message())));
+    return type;
 }
 
 void throwIf(const std::error_code& error)
@@ -54,13 +57,13 @@ void throwIf(const std::error_code& error)
         throw Base(QString::fromStdString(error.message()));
 }
 
-void requireOutside(const QString& path, const QString& source)
+void requireOutside(const QString& path, const QString& directory)
 {
     std::error_code error; // leaves an empty path, which is inside of nothing
     const fs::path inner = fs::weakly_canonical(nativePath(path), error);
-    const fs::path relative = inner.lexically_relative(fs::weakly_canonical(nativePath(source), error));
+    const fs::path relative = inner.lexically_relative(fs::weakly_canonical(nativePath(directory), error));
     if (!relative.empty() && *relative.begin() != "..")
-        throw Base(QStringLiteral("%1 is in %2, from which it would be filled").arg(path, source));
+        throw Base(QStringLiteral("%1 must not be inside %2").arg(path, directory));
 }
 
 void prepareEmptyDirectory(const QString& path, const QString& source)
@@ -123,6 +126,8 @@ FileState openToRead(QFile& file, const QString& prefix)
 {
     const int descriptor = ::open(nativePath(file.fileName()).c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     const QString notRegular = prefix + QStringLiteral("not a regular file");
+    if (descriptor < 0 && (errno == EMFILE || errno == ENFILE))
+        throw CannotGoOn(prefix + qt_error_string(errno)); // the next file would fail as well
     if (descriptor < 0)
         throw Base(errno == ELOOP ? notRegular : prefix + qt_error_string(errno)); // ELOOP: a link
     FileState state = {};
@@ -164,7 +169,7 @@ bool setOwner(const QString& path, qint64 owner, qint64 group)
 NewFile::NewFile(const QString& path) : m_file(path)
 {
     if (!m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered)) {
-        m_kept = true; // whatever has that name is not ours
+        m_kept = true; // an existing file of that name is not ours
         fail();
     }
 }
@@ -250,10 +255,14 @@ Replacement::Replacement(const QString& path) : NewFile(temporaryName(path)), m_
 {
 }
 
-void Replacement::commit()
+void Replacement::prepare()
 {
     close();
     flushDirectory(QFileInfo(m_path).path());
+}
+
+void Replacement::commit()
+{
     std::error_code error;
     fs::rename(nativePath(m_file.fileName()), nativePath(m_path), error);
     if (error)

@@ -13,13 +13,14 @@ namespace orvseal {
 /// The system's own form of a path, for what Qt does not offer: permissions and links as they are, and names as they
 /// are (on macOS, Qt decomposes accents, which would rename a new file).
 std::filesystem::path nativePath(const QString& path);
-/// Does not follow a link; `not_found` also where the parent is missing.
+/// Does not follow a link; `not_found` also if the parent is missing. Throws if the type cannot be read: what may exist
+/// must not count as missing.
 std::filesystem::file_type typeOf(const QString& path);
 /// Throws the reason if `error` is one.
 void throwIf(const std::error_code& error);
 
-/// Throws if `path` is, or would be, in `source`, which would then be read and written at the same time.
-void requireOutside(const QString& path, const QString& source);
+/// Throws if `path` is, or would be, in `directory`, which would then be read and written at the same time.
+void requireOutside(const QString& path, const QString& directory);
 /// Creates the directory `path`, or accepts an empty one. Throws if it has any content, or if it is in `source`.
 void prepareEmptyDirectory(const QString& path, const QString& source);
 /// Creates a directory that only its owner may enter. Throws if that fails, or if something of that name exists.
@@ -30,7 +31,7 @@ void flushDirectory(const QString& path);
 using FileState = struct stat;
 /// The state of an entry; a link is not followed. Throws on failure.
 FileState stateOf(const QString& path);
-/// The state of an open file, whatever has its name by now.
+/// The state of an open file, even if another one has its name now.
 FileState stateOf(const QFile& file);
 /// The nine bits of read, write and execute; of a directory also the sticky bit.
 int permissionsOf(const FileState& state);
@@ -38,7 +39,7 @@ int permissionsOf(const FileState& state);
 bool isSameContent(const FileState& a, const FileState& b);
 
 /// Opens a regular file for reading, unbuffered, and returns its state. Throws on failure, with `prefix` in front of
-/// the reason. Does not follow a link, and does not wait for a pipe.
+/// the reason; `CannotGoOn` if too many files are open. Does not follow a link, and does not wait for a pipe.
 FileState openToRead(QFile& file, const QString& prefix);
 
 void setPermissions(const QString& path, int permissions); ///< throws on failure
@@ -83,7 +84,9 @@ private:
 class Replacement : public NewFile {
 public:
     explicit Replacement(const QString& path);
-    /// Flushes everything that was written to the file's directory, and then replaces the old version.
+    /// Closes the file and flushes everything that was written to its directory.
+    void prepare();
+    /// Replaces the old version. Call `prepare()` before. If this throws, either version may be in place.
     void commit();
 
 private:

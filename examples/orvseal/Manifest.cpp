@@ -137,9 +137,41 @@ bool isPlainName(const QString& name)
     return !name.isEmpty() && name != QLatin1String(".") && name != QLatin1String("..") && !name.contains('/');
 }
 
-/// Parses the plain text of a manifest, which arrives in chunks. Accepts only entries that stay inside the directory
-/// they are restored in: the parent of each is a directory of the manifest, which we create, and so no link that leads
-/// elsewhere.
+/// Throws unless the entries are in order and stay inside the directory they are restored in: the parent of each is a
+/// directory of the manifest, which we create, and so no link that leads elsewhere.
+void requireValid(const Entries& entries, int format)
+{
+    const auto unordered = std::adjacent_find(
+        entries.begin(), entries.end(), [](const Entry& a, const Entry& b) { return !(a.path < b.path); });
+    if (unordered != entries.end())
+        refuse("path", std::next(unordered)->path); // or it occurs twice
+
+    std::vector<const Entry*> files;
+    for (const Entry& entry : entries) {
+        const int slash = entry.path.lastIndexOf('/');
+        const bool isRoot = entry.path.isEmpty() && entry.type == Entry::Directory;
+        const Entry* parent = slash > 0 ? find(entries, entry.path.left(slash)) : nullptr;
+        const bool hasParent = slash < 0 || (parent != nullptr && parent->type == Entry::Directory);
+        if (!(isRoot || isPlainName(entry.path.mid(slash + 1))) || !hasParent)
+            refuse("path", entry.path);
+        if (!entry.formerName.isNull() && !isPlainName(entry.formerName))
+            refuse("sealed file", entry.formerName);
+        if (entry.type == Entry::HardLink && findFile(entries, entry.target) == nullptr)
+            refuse("hard link", entry.path);
+        if (entry.type == Entry::File)
+            files.push_back(&entry);
+    }
+    const auto isBefore = [format](const Entry* a, const Entry* b) {
+        return format == 1 ? a->formerName < b->formerName : a->iv < b->iv;
+    };
+    std::sort(files.begin(), files.end(), isBefore);
+    const auto twice =
+        std::adjacent_find(files.begin(), files.end(), [&](const Entry* a, const Entry* b) { return !isBefore(a, b); });
+    if (twice != files.end())
+        refuse("sealed file", (*twice)->nameInVault());
+}
+
+/// Parses the plain text of a manifest, which arrives in chunks.
 class EntryReader {
 public:
     EntryReader(const VaultHead& head, const Entries& known) : m_head(head), m_known(known.begin()), m_end(known.end())
@@ -163,22 +195,7 @@ public:
     {
         if (!m_rest.isEmpty())
             throw InvalidData(QStringLiteral("the manifest is damaged: its last line has no end"));
-        std::vector<const Entry*> files;
-        for (const Entry& entry : m_entries) {
-            if (entry.type == Entry::File)
-                files.push_back(&entry);
-            const Entry* target = entry.type == Entry::HardLink ? find(m_entries, entry.target) : nullptr;
-            if (entry.type == Entry::HardLink && (target == nullptr || target->type != Entry::File))
-                refuse("hard link", entry.path);
-        }
-        const auto isBefore = [this](const Entry* a, const Entry* b) {
-            return m_head.format == 1 ? a->formerName < b->formerName : a->iv < b->iv;
-        };
-        std::sort(files.begin(), files.end(), isBefore);
-        const auto twice = std::adjacent_find(
-            files.begin(), files.end(), [&](const Entry* a, const Entry* b) { return !isBefore(a, b); });
-        if (twice != files.end())
-            refuse("sealed file", (*twice)->nameInVault());
+        requireValid(m_entries, m_head.format);
         return std::move(m_entries);
     }
 
@@ -186,9 +203,6 @@ private:
     void addLine(const QByteArray& line)
     {
         Entry entry = fromLine(line, m_head);
-        check(entry);
-        if (entry.type == Entry::Directory && !entry.path.isEmpty())
-            m_directories.insert(entry.path);
         while (m_known != m_end && m_known->path < entry.path)
             ++m_known;
         if (m_known != m_end && m_known->path == entry.path)
@@ -196,23 +210,10 @@ private:
         m_entries.push_back(std::move(entry));
     }
 
-    void check(const Entry& entry) const
-    {
-        const int slash = entry.path.lastIndexOf('/');
-        const bool isRoot = entry.path.isEmpty() && entry.type == Entry::Directory;
-        const bool parentIsKnown = slash < 0 || m_directories.contains(entry.path.left(slash));
-        const bool isInOrder = m_entries.empty() || m_entries.back().path < entry.path; // so no path occurs twice
-        if (!(isRoot || isPlainName(entry.path.mid(slash + 1))) || !parentIsKnown || !isInOrder)
-            refuse("path", entry.path);
-        if (!entry.formerName.isNull() && !isPlainName(entry.formerName))
-            refuse("sealed file", entry.formerName);
-    }
-
     const VaultHead& m_head;
     Entries::const_iterator m_known;
     const Entries::const_iterator m_end;
     QByteArray m_rest; // the beginning of the next line
-    QSet<QString> m_directories;
     Entries m_entries;
 };
 
@@ -286,17 +287,19 @@ const Entry* find(const Entries& entries, const QString& path)
     return found != entries.end() && found->path == path ? &*found : nullptr;
 }
 
+const Entry* findFile(const Entries& entries, const QString& path)
+{
+    const Entry* entry = find(entries, path);
+    return entry != nullptr && entry->type == Entry::File ? entry : nullptr;
+}
+
 void completeHardLinks(Entries& entries, const Entries& all)
 {
-    const auto fileOf = [](const Entries& some, const QString& path) {
-        const Entry* entry = find(some, path);
-        return entry != nullptr && entry->type == Entry::File ? entry : nullptr;
-    };
     QHash<QString, QString> replaced; // the path of a file that is only in `all`, and of the link that became it
     for (Entry& entry : entries) {
-        if (entry.type != Entry::HardLink || fileOf(entries, entry.target) != nullptr)
+        if (entry.type != Entry::HardLink || findFile(entries, entry.target) != nullptr)
             continue;
-        const Entry* file = fileOf(all, entry.target);
+        const Entry* file = findFile(all, entry.target);
         if (replaced.contains(entry.target)) {
             entry.target = replaced[entry.target];
         } else if (file != nullptr) {
@@ -336,9 +339,9 @@ QStringList surplusNames(const QString& vault, const Entries& entries)
     return surplus;
 }
 
-void writeManifest(const QString& vault, const VaultHead& head, const VaultKeys& keys, const Entries& entries)
+void writeManifest(Replacement& file, const VaultHead& head, const VaultKeys& keys, const Entries& entries)
 {
-    Replacement file(manifestPath(vault, head));
+    requireValid(entries, head.format);
     file.write(QByteArray(MacSize, 0).constData(), MacSize); // until it is known
     ManifestMac mac(head, keys);
     qint64 total = 0;
@@ -353,7 +356,7 @@ void writeManifest(const QString& vault, const VaultHead& head, const VaultKeys&
     append(iv.constData(), iv.size());
     keys.cipher.run(Cipher::Encrypt, iv, QSharedPointer<EntryLines>::create(entries), append);
     file.rewrite(mac.result());
-    file.commit();
+    file.prepare();
 }
 
 Entries readManifest(const QString& vault, const VaultHead& head, const VaultKeys& keys, const Entries& known)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Files.h"
 #include "Vault.h"
 
 #include <QByteArray>
@@ -24,7 +25,7 @@ namespace orvseal {
 class ShortBytes {
 public:
     ShortBytes() = default;
-    /// Of longer arrays, the first 16 bytes.
+    /// Copies at most the first 16 bytes.
     ShortBytes(const QByteArray& bytes) : m_size(quint8(std::min(int(bytes.size()), MostSize)))
     {
         std::copy_n(bytes.begin(), m_size, m_bytes.begin());
@@ -70,6 +71,8 @@ using Entries = std::deque<Entry>;
 
 /// The entry of that path; null if there is none.
 const Entry* find(const Entries& entries, const QString& path);
+/// The file of that path; null if there is none, or something else.
+const Entry* findFile(const Entries& entries, const QString& path);
 /// Replaces hard links in `entries` whose file is only in `all`: the first one becomes that file, and the others link
 /// to it. Those whose file is in neither are left as they are.
 void completeHardLinks(Entries& entries, const Entries& all);
@@ -78,8 +81,9 @@ QString sealedPath(const QString& vault, const Entry& entry);
 /// The names in the vault's data directory that belong to none of the entries.
 QStringList surplusNames(const QString& vault, const Entries& entries);
 
-/// Flushes everything in the vault to the disk, and then puts the manifest in place atomically.
-void writeManifest(const QString& vault, const VaultHead& head, const VaultKeys& keys, const Entries& entries);
+/// Writes a manifest to `file`, which is then ready for `commit()`; everything in its directory is on the disk. Throws
+/// `Orv::Exception::InvalidData` if `readManifest` would refuse the entries.
+void writeManifest(Replacement& file, const VaultHead& head, const VaultKeys& keys, const Entries& entries);
 /// Throws `Orv::Exception::InvalidData` if the manifest is damaged, the password is wrong, or an entry could be
 /// restored outside the target directory. To save memory, paths that are also in `known` share its strings.
 Entries readManifest(

@@ -51,6 +51,8 @@ struct NoteText {
 };
 
 constexpr std::array<NoteText, Report::NoteCount> NoteTexts = {{
+    {"1 sealed file was missing or had a wrong size; its source was read again",
+        " sealed files were missing or had wrong sizes; their sources were read again"},
     {"1 entry has extended attributes, which are not kept", " entries have extended attributes, which are not kept"},
     {"1 entry has an access control list, which is not kept", " entries have access control lists, which are not kept"},
     {"1 entry has a set-user-ID or set-group-ID bit, which is not kept",

@@ -18,6 +18,7 @@ class Report {
 public:
     /// Remarks that are no problems; `finish()` prints how many entries each one concerns.
     enum Note {
+        Damaged,    ///< a sealed file is missing or has a wrong size, so its source is sealed again
         Attributes, ///< extended attributes are not kept
         AccessList, ///< nor is an access control list
         LentRights, ///< nor is a set-user-ID or set-group-ID bit

@@ -39,6 +39,17 @@ QString textOf(const std::string& name)
     return text;
 }
 
+/// Throws if it cannot be sealed. Only special files do not belong in a vault; others may be sealed another time.
+void requireSuitable(const QString& path)
+{
+    QString reason;
+    const int verdict = validateFileType(path, reason);
+    if (verdict == Orv::Utility::NotForBackup)
+        throw Skipped(reason);
+    if (verdict != Orv::Utility::Suitable)
+        throw Base(reason);
+}
+
 class Scan {
 public:
     Scan(const QString& source, Report& report) : m_source(source), m_report(report) { }
@@ -54,6 +65,10 @@ public:
         }
         std::sort(m_result.entries.begin(), m_result.entries.end(),
             [](const Entry& a, const Entry& b) { return a.path < b.path; });
+        // Some file systems list a name twice while its directory changes.
+        m_result.entries.erase(std::unique(m_result.entries.begin(), m_result.entries.end(),
+                                   [](const Entry& a, const Entry& b) { return a.path == b.path; }),
+            m_result.entries.end());
         linkNames();
         return std::move(m_result);
     }
@@ -104,13 +119,14 @@ private:
             const fs::path target = fs::read_symlink(nativePath(place), error);
             throwIf(error);
             entry.target = textOf(target);
-        } else if (QString reason; validateFileType(place, reason) != Orv::Utility::Suitable) {
-            throw Skipped(reason);
-        } else if (S_ISDIR(state.st_mode)) {
+        } else {
+            requireSuitable(place);
+        }
+        if (S_ISDIR(state.st_mode)) {
             entry.type = Entry::Directory;
             if (!path.isEmpty())
                 m_directories.push_back(path);
-        } else {
+        } else if (entry.type == Entry::File) {
             entry.size = state.st_size;
             if (state.st_nlink > 1)
                 m_ids.emplace(path, FileId(state.st_dev, state.st_ino));

@@ -1,5 +1,6 @@
 #include "Commands.h"
 #include "Console.h"
+#include "Files.h"
 #include "Scan.h"
 #include "SealedFile.h"
 #include "Update.h"
@@ -47,16 +48,26 @@ bool isUnsealed(const Entry& entry)
 /// Compares what a vault contains with what it is going to contain.
 class Plan {
 public:
-    /// Scanned files that are unchanged keep their sealed files, unless `sealAll`; the others get new IVs.
-    Plan(const Entries& before, ScanResult found, bool sealAll, const Cipher& cipher)
+    /// Scanned files that are unchanged keep their sealed files, unless `sealAll` or these are missing or have a wrong
+    /// size; the others get new IVs.
+    Plan(const QString& vault, const Entries& before, ScanResult found, bool sealAll, const Cipher& cipher,
+        Report& report)
         : m_before(before), m_failed(std::move(found.failed)), m_entries(std::move(found.entries))
     {
+        const auto isWhole = [&](const Entry& entry) {
+            std::error_code error;
+            const auto size = std::filesystem::file_size(nativePath(sealedPath(vault, entry)), error);
+            if (!error && qint64(size) == cipher.sealedSize(entry.size))
+                return true;
+            report.count(Report::Damaged);
+            return false;
+        };
         for (Entry& entry : m_entries) {
             if (entry.type != Entry::File)
                 continue;
             const Entry* old = sealAll ? nullptr : find(m_before, entry.path);
             if (old != nullptr && old->type == Entry::File && old->size == entry.size &&
-                old->modified == entry.modified) {
+                old->modified == entry.modified && isWhole(*old)) {
                 entry.iv = old->iv;
                 entry.treeHash = old->treeHash;
             } else {
@@ -86,28 +97,36 @@ public:
             if (isUnsealed(entry))
                 m_failed.insert(entry.path);
         }
+        for (const Entry& entry : m_entries) {
+            if (entry.type == Entry::HardLink && m_failed.count(entry.target) > 0) {
+                report.problem(
+                    entry.path, QStringLiteral("hard link to %1, which could not be sealed").arg(entry.target));
+                m_failed.insert(entry.path);
+            }
+        }
         QStringList kept;
         if (m_failed.empty())
             return kept;
-        removeIf(isUnsealed);
-        Entries old;
-        std::copy_if(m_before.begin(), m_before.end(), std::back_inserter(old),
-            [this](const Entry& entry) { return hasFailed(entry.path) && find(m_entries, entry.path) == nullptr; });
-        for (Entry& entry : old) {
-            kept += entry.path;
-            m_entries.push_back(std::move(entry));
+        removeIf([this](const Entry& entry) {
+            return isUnsealed(entry) || (entry.type == Entry::HardLink && m_failed.count(entry.path) > 0);
+        });
+        Entries links; // to files that the vault keeps
+        Entries others;
+        for (const Entry& old : m_before) {
+            if (!hasFailed(old.path) || find(m_entries, old.path) != nullptr)
+                continue;
+            const Entry* file = old.type == Entry::HardLink ? findFile(m_entries, old.target) : nullptr;
+            const bool isKept = file != nullptr && file->iv == findFile(m_before, old.target)->iv;
+            (isKept ? links : others).push_back(old);
         }
-        std::sort(m_entries.begin(), m_entries.end(), [](const Entry& a, const Entry& b) { return a.path < b.path; });
-
-        completeHardLinks(m_entries, m_before);
-        std::set<QString> dangling;
-        for (const Entry& entry : m_entries) {
-            if (entry.type == Entry::HardLink && find(m_entries, entry.target) == nullptr) {
-                report.problem(entry.path, QStringLiteral("it is the same file as ") + entry.target);
-                dangling.insert(entry.path);
+        completeHardLinks(others, m_before);
+        for (const Entries& old : {links, others}) {
+            for (const Entry& entry : old) {
+                kept += entry.path;
+                m_entries.push_back(entry);
             }
         }
-        removeIf([&dangling](const Entry& entry) { return dangling.count(entry.path) > 0; });
+        std::sort(m_entries.begin(), m_entries.end(), [](const Entry& a, const Entry& b) { return a.path < b.path; });
         return kept;
     }
 
@@ -197,7 +216,7 @@ void sealDirectory(const QString& source, const QString& vault, const Options& o
     ScanResult found = scanning.get();
     update.readBefore(oldKeys, found.entries);
 
-    Plan plan(update.before(), std::move(found), options.force || !keepsKey, keys.cipher);
+    Plan plan(vault, update.before(), std::move(found), options.force || !keepsKey, keys.cipher, report);
     const std::vector<Entry*> files = plan.files();
     const qint64 bytes = std::accumulate(
         files.begin(), files.end(), qint64(0), [](qint64 sum, const Entry* file) { return sum + file->size; });

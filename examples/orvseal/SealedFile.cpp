@@ -47,7 +47,7 @@ public:
 
     SealedFile(const QString& sourcePath, const QString& vault, const Cipher& cipher, Entry& entry)
         : m_entry(entry), m_source(QSharedPointer<HashingFile>::create(sourcePath)),
-          m_before(openToRead(*m_source, QString())), // what the scan saw may be long ago
+          m_before(openToRead(*m_source, QString())), // the scan may have been long ago
           m_sealed(sealedPath(vault, entry)), m_encryptor(cipher.makeEncryptor(Cipher::Encrypt, entry.iv, m_source)),
           m_chunk(ChunkSize, Qt::Uninitialized)
     {
@@ -73,6 +73,9 @@ public:
         m_sealed.keep();
         m_entry.size = m_before.st_size;
         m_entry.modified = modifiedTime(m_before);
+        m_entry.permissions = permissionsOf(m_before); // not those of a file that had the name during the scan
+        m_entry.owner = m_before.st_uid;
+        m_entry.group = m_before.st_gid;
         m_entry.treeHash = m_source->finishHash();
         report.fileDone();
         return false;

@@ -14,6 +14,7 @@ Update::Update(const QString& vault, const QString& source, Report& report)
     : m_path(vault), m_report(report), m_lock(vault + LockFile)
 {
     requireOutside(vault, source);
+    requireOutside(source, vault);
     m_isNewDirectory = typeOf(vault) == fs::file_type::not_found;
     if (m_isNewDirectory)
         makeDirectory(vault);
@@ -22,9 +23,9 @@ Update::Update(const QString& vault, const QString& source, Report& report)
         bool isEmpty = true;
         for (const fs::directory_entry& item : fs::directory_iterator(nativePath(vault)))
             isEmpty = isEmpty && (item.path().filename() == "lock" || item.path().filename() == "vault.json.new");
-        if (QFile::exists(vault + HeadFile)) {
+        if (typeOf(vault + HeadFile) != fs::file_type::not_found) {
             const VaultHead head = readHead(vault);
-            if (QFile::exists(manifestPath(vault, head)))
+            if (typeOf(manifestPath(vault, head)) != fs::file_type::not_found)
                 m_oldHead = head;
         } else if (!isEmpty) {
             throw Base(QStringLiteral("%1 exists and is neither a vault nor an empty directory").arg(vault));
@@ -69,11 +70,14 @@ void Update::begin(const VaultHead& newHead)
 void Update::finish(const VaultHead& head, const VaultKeys& keys, const Entries& entries, bool hasChanged)
 {
     if (hasChanged) {
-        writeManifest(m_path, head, keys, entries);
+        Replacement manifest(manifestPath(m_path, head));
+        writeManifest(manifest, head, keys, entries);
+        m_hasBegun = false; // a rename that fails may have been done, so nothing may be removed any more
+        manifest.commit();
         if (m_oldHead && m_oldHead->json != head.json)
             writeHead(m_path, head); // which names the new manifest
     }
-    m_hasBegun = false; // the new state holds from here on
+    m_hasBegun = false;
     m_isNewDirectory = false;
     if (hasChanged)
         flushDirectory(m_path);
@@ -82,6 +86,13 @@ void Update::finish(const VaultHead& head, const VaultKeys& keys, const Entries&
 
 void Update::lock()
 {
+    constexpr std::uintmax_t LargestLock = 4096; // bytes
+    const fs::path path = nativePath(m_path + LockFile);
+    std::error_code error;
+    const fs::file_type type = typeOf(m_path + LockFile);
+    if (type != fs::file_type::not_found &&
+        (type != fs::file_type::regular || fs::file_size(path, error) > LargestLock)) // which QLockFile would read
+        throw Base(QStringLiteral("%1 is not a lock file of orvseal").arg(m_path + LockFile));
     m_lock.setStaleLockTime(0); // a run may take days; a process that has ended is known by its number
     if (m_lock.tryLock(0))
         return;

@@ -18,11 +18,11 @@ namespace orvseal {
 namespace {
 
 constexpr int NewestFormat = 2;
-constexpr int SaltSize = 16; // bytes
+// The lengths differ, so that no head of format 1, which nothing authenticates, leads to a key of format 2.
+constexpr int SaltSize = 16;           // bytes
+constexpr int FirstFormatSaltSize = 8; // bytes
 
 // Limits for heads from untrusted sources
-constexpr int ShortestSalt = 8;           // bytes
-constexpr int LongestSalt = 64;           // bytes
 constexpr qint64 LargestHead = 64 * 1024; // bytes
 
 } // namespace
@@ -77,6 +77,7 @@ void writeHead(const QString& vault, const VaultHead& head)
 {
     Replacement file(vault + HeadFile);
     file.write(head.json.constData(), head.json.size());
+    file.prepare();
     file.commit();
 }
 
@@ -97,14 +98,15 @@ VaultHead readHead(const QString& vault)
         throw InvalidData(QStringLiteral("%1: its format is newer than this program").arg(vault));
     head.algorithm = Key::algorithmFromName(object.text("algorithm"), int(object.number("keyLength", 1, 1024)));
     object.require(head.algorithm != Orv::Core::Encryption::None, "algorithm");
-    head.salt = object.bytes("salt", ShortestSalt, LongestSalt);
+    const int saltSize = head.format == 1 ? FirstFormatSaltSize : SaltSize;
+    head.salt = object.bytes("salt", saltSize, saltSize);
     head.iterations = int(object.number("iterations", 1, MostIterations));
     if (head.format == 1) {
         const int ivLength = Key::ivLength(head.algorithm);
         head.manifestName = manifestNames().constFirst();
         head.manifestIv = object.bytes("manifestIv", ivLength, ivLength);
     } else {
-        head.macSalt = object.bytes("macSalt", ShortestSalt, LongestSalt);
+        head.macSalt = object.bytes("macSalt", SaltSize, SaltSize);
         object.require(head.macSalt != head.salt, "macSalt");
         head.manifestName = object.text("manifest");
         object.require(manifestNames().contains(head.manifestName), "manifest");
@@ -114,7 +116,7 @@ VaultHead readHead(const QString& vault)
 
 void requireManifest(const QString& vault, const VaultHead& head)
 {
-    if (!QFile::exists(manifestPath(vault, head)))
+    if (typeOf(manifestPath(vault, head)) == std::filesystem::file_type::not_found)
         throw InvalidData(QStringLiteral("%1 is incomplete: it has no manifest, because sealing was not finished; "
                                          "\"orvseal seal\" with the same directory finishes it")
                               .arg(vault));

@@ -20,6 +20,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 using namespace orvseal;
@@ -30,7 +31,7 @@ namespace {
 
 constexpr int NothingDone = 2;    // exit status
 constexpr int SignalStatus = 128; // exit status, plus the signal's number
-constexpr int MostJobs = 64;      // each has two files open
+constexpr int MostJobs = 64;
 
 constexpr char Description[] = R"(Seals a directory into an encrypted vault, and restores it.
 
@@ -41,20 +42,20 @@ constexpr char Description[] = R"(Seals a directory into an encrypted vault, and
   orvseal list VAULT                     lists the entries of VAULT, times in UTC
 
 An update seals new and changed files, keeps the sealed file if size and modification time of the source are unchanged,
-and removes what is gone. Until it is finished, the vault stays as it was. Entries that cannot be read now are reported,
-and the vault keeps its version of them.
+and removes entries that no longer exist in SOURCE. Until it is finished, the vault stays as it was. Entries that cannot
+be read now are reported, and the vault keeps its version of them.
 
 Files, directories, links and hard links are sealed with their permissions, owners, groups and modification times; links
 are not followed. Extended attributes, access control lists, and the set-user-ID and set-group-ID bits are counted, but
-not kept. Sockets, pipes, devices, files whose data is only with a cloud service, and names that are not valid UTF-8 are
-skipped and reported.
+not kept. Sockets, pipes, devices and names that are not valid UTF-8 are skipped and reported. A file whose data is only in
+a cloud service counts as one that cannot be read.
 
 The password is read from the file that --password-file names, without a newline at its end; or from the environment
 variable ORVSEAL_PASSWORD; or from the terminal.
 
 Exit status: 0, success; 1, some entries failed or were skipped, each one reported; 2, nothing could be done, or the
 disk is full, or standard output cannot be written; 129, 130 or 143, interrupted by SIGHUP, SIGINT or SIGTERM. If it is
-2 or more, "seal" leaves the vault as it was, or no vault, and "open" leaves only complete files.)";
+2 or more, "seal" leaves a complete vault, the old or the new one, or none, and "open" leaves only complete files.)";
 
 /// The algorithm names on the command line, which are those of the library in lower case
 const QMap<QString, Algorithm>& algorithms()
@@ -94,6 +95,22 @@ void startLog(const QString& directory)
 QString pathOf(const QString& argument)
 {
     return argument.startsWith(':') ? QStringLiteral("./") + argument : argument;
+}
+
+/// Raises the limit of open files if `jobs` need it. Returns how many jobs the limit allows.
+int jobsWithFiles(int jobs)
+{
+    constexpr rlim_t FilesPerJob = 16; // when sealing: eight files and their sealed files
+    constexpr rlim_t OtherFiles = 64;
+    const rlim_t wanted = OtherFiles + FilesPerJob * rlim_t(jobs);
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur >= wanted)
+        return jobs;
+    limit.rlim_cur = std::min(limit.rlim_max, wanted);
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+    ::getrlimit(RLIMIT_NOFILE, &limit);
+    return limit.rlim_cur < OtherFiles + FilesPerJob ? 1
+                                                     : std::min(jobs, int((limit.rlim_cur - OtherFiles) / FilesPerJob));
 }
 
 void runCommand(const QString& command, QStringList arguments, const Options& options, Report& report)
@@ -153,7 +170,7 @@ void run(Report& report)
         throw Base(QStringLiteral("--algorithm has to be one of %1").arg(names));
     if (parser.isSet("iterations"))
         options.iterations = numberOf(parser, "iterations", Key::ITERATION_ADVANCED, MostIterations);
-    options.jobs = numberOf(parser, "jobs", 1, MostJobs);
+    options.jobs = jobsWithFiles(numberOf(parser, "jobs", 1, MostJobs));
     options.force = parser.isSet("force");
     if (parser.isSet("password-file"))
         options.passwordFile = pathOf(parser.value("password-file"));

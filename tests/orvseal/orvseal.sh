@@ -247,6 +247,10 @@ check_incomplete_vault() {
     mkfifo vault/manifest # would block the reader
     expect_refusal verify vault
     rm vault/manifest
+    ln -s missing vault/manifest # does not make the vault one that was never finished
+    expect_refusal seal source vault
+    [ "$(file_count vault/data)" -eq 2 ] || fail "sealed files are gone: $(ls vault/data)"
+    rm vault/manifest
     expect_refusal verify vault
     expect_line err 'no manifest, because sealing was not finished'
     expect_refusal open vault target
@@ -276,7 +280,7 @@ check_hostile_head() {
         's/"iterations": 50000/"iterations": -1/' 's/"iterations": 50000/"iterations": 1.5/' \
         's/"iterations": 50000/"iterations": "50000"/' 's/"format": 2/"format": 3/' 's/"format"/"other"/' \
         's/"AES"/"ROT13"/' 's/"keyLength": 32/"keyLength": 33/' 's/"keyLength": 32/"keyLength": 1e300/' \
-        's/"salt": ".*"/"salt": ""/' 's/"salt": "/"salt": "zz/' 's/"macSalt": ".*"/"macSalt": "00"/' \
+        's/"salt": ".*"/"salt": ""/' 's/"salt": "../"salt": "/' 's/"format": 2/"format": 1/' 's/"salt": "/"salt": "zz/' 's/"macSalt": ".*"/"macSalt": "00"/' \
         's/"manifest": ".*"/"manifest": "..\/manifest"/' 's/"manifest": ".*"/"manifest": 7/' 's/{/[/'; do
         sed "$change" good >vault/vault.json
         ! cmp -s good vault/vault.json || fail "nothing was changed by $change"
@@ -287,7 +291,7 @@ check_hostile_head() {
     expect_refusal verify vault
     # Valid values that were not written
     for change in 's/"iterations": 50000/"iterations": 50001/' 's/"keyLength": 32/"keyLength": 16/' 's/^{$/{ /' \
-        's/"macSalt": "../"macSalt": "/' 's/"salt": "../"salt": "/'; do
+        's/"macSalt": "\(..\)\(.*\)"/"macSalt": "\2\1"/' 's/"salt": "\(..\)\(.*\)"/"salt": "\2\1"/'; do
         sed "$change" good >vault/vault.json
         ! cmp -s good vault/vault.json || fail "nothing was changed by $change"
         expect_refusal verify vault
@@ -528,6 +532,54 @@ check_unreadable_entries_stay_in_the_vault() {
     fi
 }
 
+check_hard_links_to_unreadable_files() {
+    if [ "$(id -u)" -eq 0 ]; then
+        echo "    skipped: nothing is unreadable for root"
+        return 0
+    fi
+    mkdir source
+    ln -s missing source/a
+    echo old >source/c
+    ln source/c source/d
+    expect_status 0 seal source vault
+    rm source/a
+    echo unreadable >source/a
+    ln source/a source/b
+    echo new >source/other
+    mv source/other source/c
+    chmod 000 source/a source/d
+    expect_status 1 seal source vault
+    expect_line err 'b: hard link to a, which could not be sealed'
+    expect_status 0 open vault target
+    [ "$(ls -m target)" = 'a, c, d' ] || fail "in the target are: $(ls target)"
+    [ "$(readlink target/a) $(cat target/c target/d | tr '\n' ' ')" = 'missing new old ' ] || fail "$(tail target/[cd])"
+}
+
+check_missing_sealed_files() {
+    small_vault
+    rm "$(find vault/data -type f | head -n 1)"
+    expect_status 0 seal source vault
+    expect_line out '1 sealed file was missing'
+    expect_status 0 verify vault
+}
+
+check_hostile_lock() {
+    small_vault
+    mkfifo vault/lock # would block the reader
+    expect_refusal seal source vault
+    rm vault/lock
+    truncate -s 900000000 vault/lock
+    expect_refusal seal source vault
+    expect_line err 'is not a lock file of orvseal'
+}
+
+check_many_jobs() {
+    mkdir source
+    for number in $(seq 300); do echo "$number" >"source/$number"; done
+    ulimit -n 256
+    expect_status 0 seal --jobs 64 source vault
+}
+
 check_hard_links() {
     mkdir -p source/folder
     echo content >source/folder/b
@@ -656,6 +708,8 @@ check_vault_inside_its_source() {
     expect_absent source/vault
     expect_absent source/folder/vault
     expect_refusal open vault vault/target
+    mkdir -p outer/vault/inner
+    expect_refusal seal outer/vault/inner outer/vault
     mkdir source-2 # begins with the name of the other one, but is not in it
     expect_status 0 seal source source-2
 }
