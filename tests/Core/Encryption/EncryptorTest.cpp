@@ -255,6 +255,7 @@ TEST(Encryptor, WriteToReportsEachFailure)
     };
     const int all = 200000;
     for (const Row& row : {Row{"whole", all + 1, all + 16, 70000, true, true, false, all},
+             Row{"less than a block per read", all + 1, all + 16, 7, true, true, false, all},
              Row{"source fails", 100000, all + 16, 70000, true, false, true, 100000},
              Row{"source stalls", all + 1, all + 16, 0, true, false, false, 0},
              Row{"source is closed", all + 1, all + 16, 70000, false, false, true, 0},
