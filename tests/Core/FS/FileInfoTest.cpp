@@ -66,9 +66,8 @@ TEST_F(FileInfoTest, AgreesWithQFileInfo)
     };
     ASSERT_TRUE(QFile::link(pathOf("missing"), pathOf("dangling")) && QFile::link("/", pathOf("root")));
     ASSERT_EQ(::mkfifo(QFile::encodeName(pathOf("pipe")).constData(), 0644), 0);
-    QStringList paths = {"", ".", "..", "//", "/tmp/", "/usr//bin/../lib", "/etc/passwd/", ":/resource", ":/",
-        ":/qt-project.org/qmime/packages/freedesktop.org.xml", "x:y", "/etc/passwd" + QString(QChar(0)),
-        pathOf("root/"), pathOf("dangling/")};
+    QStringList paths = {"", ".", "..", "//", "/tmp/", "/usr//bin/../lib", "/etc/passwd/", ":/resource", "x:y",
+        "/etc/passwd" + QString(QChar(0)), pathOf("root/"), pathOf("dangling/")};
     const QDir::Filters all = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
     for (const QString& top : {m_directory.path(), QString("/etc"), QString("/dev"), QString("/proc/self"),
              QString("/root"), QString("/sys/class"), QString("/usr/bin"), QString("/usr/lib")}) {
