@@ -1,11 +1,13 @@
 #include <Orv/Core/FS/FileInfo.h>
 
 #include "DirectoryTest.h"
+#include "KnownAnswers.h"
 #include "ScopedTimeZone.h"
 
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
+#include <QResource>
 
 #include <sys/stat.h>
 
@@ -66,8 +68,12 @@ TEST_F(FileInfoTest, AgreesWithQFileInfo)
     };
     ASSERT_TRUE(QFile::link(pathOf("missing"), pathOf("dangling")) && QFile::link("/", pathOf("root")));
     ASSERT_EQ(::mkfifo(QFile::encodeName(pathOf("pipe")).constData(), 0644), 0);
-    QStringList paths = {"", ".", "..", "//", "/tmp/", "/usr//bin/../lib", "/etc/passwd/", ":/resource", "x:y",
-        "/etc/passwd" + QString(QChar(0)), pathOf("root/"), pathOf("dangling/")};
+    ASSERT_TRUE(QResource::registerResource(dataPath("resource.rcc"))); // rcc --format-version 2 --binary
+    const QString resource = ":/test/resource.txt";
+    EXPECT_EQ(FileInfo(resource).lastModified(), QDateTime(QDate(2024, 1, 31), QTime(12, 0), Qt::UTC));
+    EXPECT_EQ(FileInfo(resource).lastModified().timeSpec(), Qt::UTC);
+    QStringList paths = {resource, "", ".", "..", "//", "/tmp/", "/usr//bin/../lib", "/etc/passwd/", ":/resource",
+        "x:y", "/etc/passwd" + QString(QChar(0)), pathOf("root/"), pathOf("dangling/")};
     const QDir::Filters all = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
     for (const QString& top : {m_directory.path(), QString("/etc"), QString("/dev"), QString("/proc/self"),
              QString("/root"), QString("/sys/class"), QString("/usr/bin"), QString("/usr/lib")}) {
