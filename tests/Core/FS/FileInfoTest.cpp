@@ -8,6 +8,7 @@
 #include <QDirIterator>
 #include <QFileInfo>
 #include <QResource>
+#include <QScopeGuard>
 
 #include <sys/stat.h>
 
@@ -69,6 +70,7 @@ TEST_F(FileInfoTest, AgreesWithQFileInfo)
     ASSERT_TRUE(QFile::link(pathOf("missing"), pathOf("dangling")) && QFile::link("/", pathOf("root")));
     ASSERT_EQ(::mkfifo(QFile::encodeName(pathOf("pipe")).constData(), 0644), 0);
     ASSERT_TRUE(QResource::registerResource(dataPath("resource.rcc"))); // rcc --format-version 2 --binary
+    const auto unregister = qScopeGuard([] { QResource::unregisterResource(dataPath("resource.rcc")); });
     const QString resource = ":/test/resource.txt";
     EXPECT_EQ(FileInfo(resource).lastModified(), QDateTime(QDate(2024, 1, 31), QTime(12, 0), Qt::UTC));
     EXPECT_EQ(FileInfo(resource).lastModified().timeSpec(), Qt::UTC);
