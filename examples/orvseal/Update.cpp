@@ -96,6 +96,12 @@ void Update::lock()
     m_lock.setStaleLockTime(0); // a run may take days; a process that has ended is known by its number
     if (m_lock.tryLock(0))
         return;
+    // A run that was killed just after it had created its lock left it empty, without a number. The lock of a run that
+    // still goes on is not removed: the system keeps it locked.
+    const auto isEmpty = [&] { return fs::file_size(path, error) == 0; };
+    constexpr int WritingTime = 100; // ms, more than enough for a run to write its lock
+    if (isEmpty() && (m_lock.tryLock(WritingTime) || (isEmpty() && m_lock.removeStaleLockFile() && m_lock.tryLock(0))))
+        return;
     if (m_lock.error() == QLockFile::LockFailedError)
         throw Base(
             QStringLiteral("another run is writing to %1; if there is none, remove %2").arg(m_path, m_path + LockFile));
