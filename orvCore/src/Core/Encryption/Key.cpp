@@ -1,6 +1,7 @@
 #include <Orv/Core/Encryption/Key.h>
 
 #include "Core/Encryption/Bytes_p.h"
+#include "Core/Encryption/Pbkdf2_p.h"
 
 #include <Orv/Core/Encryption/Encryptors.h>
 
@@ -101,8 +102,7 @@ QByteArray Key::generate(Algorithm algorithm, const QByteArray& password, const 
     // Other clients use eight zero bytes if there is no salt.
     const QByteArray usedSalt = salt.isEmpty() ? QByteArray(8, '\0') : salt;
     SecByteBlock key(size);
-    CryptoPP::PKCS5_PBKDF2_HMAC<CryptoPP::SHA1>().DeriveKey(
-        key, key.size(), 0, bytes(password), password.size(), bytes(usedSalt), usedSalt.size(), iterations, 0.0);
+    pbkdf2(key, password, usedSalt, static_cast<unsigned>(iterations));
     return toByteArray(key);
 }
 

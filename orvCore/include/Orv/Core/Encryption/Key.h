@@ -41,7 +41,7 @@ public:
     /// Returns PBKDF2-HMAC-SHA1 (RFC 8018) of `password`, with the algorithm's key length; empty if that is 0.
     ///
     /// An empty `salt` stands for eight zero bytes, which yields a different key than a zero-length salt. `iterations`
-    /// is not validated: the cipher library treats 0 as 1 and a negative count as billions.
+    /// is not validated: 0 counts as 1, and a negative count as billions.
     static QByteArray generate(Algorithm algorithm, const QByteArray& password, const QByteArray& salt, int iterations);
 
     /// Calls `generate` with an empty salt and `ITERATION_SIMPLE` iterations.
