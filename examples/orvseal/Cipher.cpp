@@ -5,15 +5,8 @@
 #include <Orv/Core/Encryption/Key.h>
 
 using namespace Orv::Core::Encryption;
-using Orv::Exception::Base;
 
 namespace orvseal {
-
-namespace {
-
-constexpr int ChunkSize = 256 * 1024; // bytes; one for each job
-
-} // namespace
 
 Cipher::Cipher(Algorithm algorithm, QByteArray key) : m_algorithm(algorithm), m_key(std::move(key))
 {
@@ -45,6 +38,7 @@ void Cipher::run(
     Direction direction, const QByteArray& iv, const QSharedPointer<QIODevice>& source, const Sink& sink) const
 {
     const std::unique_ptr<EncryptorBase> encryptor = makeEncryptor(direction, iv, source);
+    constexpr int ChunkSize = 256 * 1024; // bytes; one for each job
     QByteArray chunk(ChunkSize, Qt::Uninitialized);
     while (!encryptor->atEnd()) {
         stopIfInterrupted();
@@ -57,10 +51,10 @@ void Cipher::run(
 void requireRead(const EncryptorBase& encryptor, const QIODevice& source, qint64 size)
 {
     if (encryptor.sourceFailed())
-        throw Base(source.errorString());
+        throw Orv::Exception::Base(source.errorString());
     // A file returns as much as is requested until its end, so an empty read before the end is no pause.
     if (size == 0 && !encryptor.atEnd())
-        throw Base(QStringLiteral("it became shorter while it was read"));
+        fail("it became shorter while it was read");
 }
 
 } // namespace orvseal

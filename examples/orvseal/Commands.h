@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Report.h"
+#include "Console.h"
 
 #include <Orv/Core/Encryption/Algorithm.h>
 

@@ -1,20 +1,15 @@
 #include "Files.h"
 
-#include "System.h"
 #include "Work.h"
-
-#include <Orv/Utility/FileInfo.h>
 
 #include <QFileInfo>
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 #include <fcntl.h>
+#include <limits>
 #include <unistd.h>
-
-using Orv::Exception::Base;
 
 namespace fs = std::filesystem;
 
@@ -30,9 +25,8 @@ bool isZero(const char* begin, const char* end)
 /// Removes a file of that name: a run that was killed may have left one.
 QString temporaryName(const QString& path)
 {
-    const QString temporary = path + QStringLiteral(".new");
-    QFile::remove(temporary);
-    return temporary;
+    QFile::remove(path + ".new");
+    return path + ".new";
 }
 
 } // namespace
@@ -47,14 +41,19 @@ fs::file_type typeOf(const QString& path)
     std::error_code error;
     const fs::file_type type = fs::symlink_status(nativePath(path), error).type();
     if (type == fs::file_type::none)
-        throw Base(QStringLiteral("%1: %2").arg(path, QString::fromStdString(error.message())));
+        fail("%1: %2", path, QString::fromStdString(error.message()));
     return type;
+}
+
+bool exists(const QString& path)
+{
+    return typeOf(path) != fs::file_type::not_found;
 }
 
 void throwIf(const std::error_code& error)
 {
     if (error)
-        throw Base(QString::fromStdString(error.message()));
+        throw Orv::Exception::Base(QString::fromStdString(error.message()));
 }
 
 void requireOutside(const QString& path, const QString& directory)
@@ -63,23 +62,13 @@ void requireOutside(const QString& path, const QString& directory)
     const fs::path inner = fs::weakly_canonical(nativePath(path), error);
     const fs::path relative = inner.lexically_relative(fs::weakly_canonical(nativePath(directory), error));
     if (!relative.empty() && *relative.begin() != "..")
-        throw Base(QStringLiteral("%1 must not be inside %2").arg(path, directory));
-}
-
-void prepareEmptyDirectory(const QString& path, const QString& source)
-{
-    requireOutside(path, source);
-    std::error_code error;
-    if (typeOf(path) == fs::file_type::not_found)
-        makeDirectory(path);
-    else if (!fs::is_directory(nativePath(path), error) || !fs::is_empty(nativePath(path), error) || error)
-        throw Base(QStringLiteral("%1 exists and is not an empty directory").arg(path));
+        fail("%1 must not be inside %2", path, directory);
 }
 
 void makeDirectory(const QString& path)
 {
     if (::mkdir(nativePath(path).c_str(), S_IRWXU) != 0)
-        throw Base(QStringLiteral("the directory %1 cannot be created: %2").arg(path, qt_error_string(errno)));
+        fail("the directory %1 cannot be created: %2", path, qt_error_string(errno));
 }
 
 void flushDirectory(const QString& path)
@@ -90,14 +79,14 @@ void flushDirectory(const QString& path)
     if (descriptor >= 0)
         ::close(descriptor);
     if (!flushed)
-        throw CannotGoOn(QStringLiteral("%1 cannot be flushed to the disk: %2").arg(path, qt_error_string(reason)));
+        fail<FatalError>("%1 cannot be flushed to the disk: %2", path, qt_error_string(reason));
 }
 
 FileState stateOf(const QString& path)
 {
     FileState state = {};
     if (::lstat(nativePath(path).c_str(), &state) != 0)
-        throw Base(qt_error_string(errno));
+        throw Orv::Exception::Base(qt_error_string(errno));
     return state;
 }
 
@@ -105,72 +94,31 @@ FileState stateOf(const QFile& file)
 {
     FileState state = {};
     if (::fstat(file.handle(), &state) != 0)
-        throw Base(qt_error_string(errno));
+        throw Orv::Exception::Base(qt_error_string(errno));
     return state;
-}
-
-int permissionsOf(const FileState& state)
-{
-    // The sticky bit of a directory keeps its users from removing each other's files. The bits that lend a program its
-    // owner's rights are left out: the restored file may have another owner.
-    const mode_t nineBits = S_IRWXU | S_IRWXG | S_IRWXO;
-    return int(state.st_mode & (S_ISDIR(state.st_mode) ? nineBits | S_ISVTX : nineBits));
-}
-
-bool isSameContent(const FileState& a, const FileState& b)
-{
-    return a.st_size == b.st_size && modifiedTime(a) == modifiedTime(b);
 }
 
 FileState openToRead(QFile& file, const QString& prefix)
 {
     const int descriptor = ::open(nativePath(file.fileName()).c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-    const QString notRegular = prefix + QStringLiteral("not a regular file");
     if (descriptor < 0 && (errno == EMFILE || errno == ENFILE))
-        throw CannotGoOn(prefix + qt_error_string(errno)); // the next file would fail as well
-    if (descriptor < 0)
-        throw Base(errno == ELOOP ? notRegular : prefix + qt_error_string(errno)); // ELOOP: a link
+        throw FatalError(prefix + qt_error_string(errno)); // the next file would fail as well
+    if (descriptor < 0 && errno != ELOOP)                  // ELOOP: a link
+        throw Orv::Exception::Base(prefix + qt_error_string(errno));
     FileState state = {};
     if (::fstat(descriptor, &state) != 0 || !S_ISREG(state.st_mode) ||
         !file.open(descriptor, QIODevice::ReadOnly | QIODevice::Unbuffered, QFile::AutoCloseHandle)) {
         ::close(descriptor);
-        throw Base(notRegular);
+        throw Orv::Exception::Base(prefix + "not a regular file");
     }
     return state;
-}
-
-void setPermissions(const QString& path, int permissions)
-{
-    std::error_code error;
-    fs::permissions(nativePath(path), fs::perms(permissions), error);
-    if (error)
-        throw Base(QStringLiteral("its permissions cannot be set: ") + QString::fromStdString(error.message()));
-}
-
-void setModified(const QString& path, qint64 modified)
-{
-    if (!Orv::Utility::FileInfo::setLastModified(path, std::chrono::nanoseconds(modified), false))
-        throw Base(QStringLiteral("its modification time cannot be set: ") + qt_error_string(errno));
-}
-
-bool setOwner(const QString& path, qint64 owner, qint64 group)
-{
-    const FileState state = stateOf(path);
-    if (state.st_uid == owner && state.st_gid == group)
-        return true;
-    const fs::path place = nativePath(path);
-    if (::lchown(place.c_str(), uid_t(owner), gid_t(group)) == 0)
-        return true;
-    // A user may give files to his groups without the right to change owners.
-    const bool groupGiven = ::lchown(place.c_str(), uid_t(-1), gid_t(group)) == 0;
-    return groupGiven && state.st_uid == owner;
 }
 
 NewFile::NewFile(const QString& path) : m_file(path)
 {
     if (!m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered)) {
         m_kept = true; // an existing file of that name is not ours
-        fail();
+        refuse(m_file.errorString());
     }
 }
 
@@ -186,7 +134,7 @@ void NewFile::write(const char* data, qint64 size)
     while (size > 0) {
         const qint64 written = m_file.write(data, size);
         if (written <= 0)
-            fail();
+            refuse(m_file.errorString());
         data += written;
         size -= written;
         m_size += written;
@@ -212,7 +160,7 @@ void NewFile::writeSparse(const char* data, qint64 size)
         else if (m_file.seek(m_size + written))
             m_size += written;
         else
-            fail();
+            refuse(m_file.errorString());
         data = next;
     }
 }
@@ -220,35 +168,33 @@ void NewFile::writeSparse(const char* data, qint64 size)
 void NewFile::rewrite(const QByteArray& beginning)
 {
     if (!m_file.seek(0) || m_file.write(beginning) != beginning.size())
-        fail();
+        refuse(m_file.errorString());
 }
 
 void NewFile::close()
 {
     if (m_file.size() < m_size && !m_file.resize(m_size)) // it ends in a hole
-        fail();
+        refuse(m_file.errorString());
     if (!flushFile(m_file.handle()))
-        fail(qt_error_string(errno));
+        refuse(qt_error_string(errno));
     m_file.close();
     if (m_file.error() != QFile::NoError)
-        fail();
+        refuse(m_file.errorString());
 }
 
 void NewFile::keepAs(const QString& path)
 {
-    if (typeOf(path) != fs::file_type::not_found)
-        throw Base(QStringLiteral("something of that name exists already"));
+    if (exists(path))
+        fail("something of that name exists already");
     std::error_code error;
     fs::rename(nativePath(m_file.fileName()), nativePath(path), error);
     throwIf(error);
     keep();
 }
 
-void NewFile::fail(QString reason) const
+void NewFile::refuse(const QString& reason) const
 {
-    if (reason.isNull())
-        reason = m_file.errorString();
-    throw CannotGoOn(QStringLiteral("%1 cannot be written: %2").arg(m_file.fileName(), reason));
+    fail<FatalError>("%1 cannot be written: %2", m_file.fileName(), reason);
 }
 
 Replacement::Replacement(const QString& path) : NewFile(temporaryName(path)), m_path(path)
@@ -266,8 +212,15 @@ void Replacement::commit()
     std::error_code error;
     fs::rename(nativePath(m_file.fileName()), nativePath(m_path), error);
     if (error)
-        fail(QString::fromStdString(error.message()));
+        refuse(QString::fromStdString(error.message()));
     keep();
+}
+
+qint64 nanosecondsOf(const timespec& time)
+{
+    constexpr qint64 Second = 1000000000;
+    constexpr qint64 Last = std::numeric_limits<qint64>::max() / Second - 1;
+    return qBound(-Last, qint64(time.tv_sec), Last) * Second + time.tv_nsec;
 }
 
 } // namespace orvseal

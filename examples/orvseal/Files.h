@@ -16,16 +16,15 @@ std::filesystem::path nativePath(const QString& path);
 /// Does not follow a link; `not_found` also if the parent is missing. Throws if the type cannot be read: what may exist
 /// must not count as missing.
 std::filesystem::file_type typeOf(const QString& path);
+bool exists(const QString& path); ///< the same
 /// Throws the reason if `error` is one.
 void throwIf(const std::error_code& error);
 
 /// Throws if `path` is, or would be, in `directory`, which would then be read and written at the same time.
 void requireOutside(const QString& path, const QString& directory);
-/// Creates the directory `path`, or accepts an empty one. Throws if it has any content, or if it is in `source`.
-void prepareEmptyDirectory(const QString& path, const QString& source);
 /// Creates a directory that only its owner may enter. Throws if that fails, or if something of that name exists.
 void makeDirectory(const QString& path);
-/// Flushes everything that was written to this directory's file system to the disk. Throws `CannotGoOn` on failure.
+/// Flushes everything that was written to this directory's file system to the disk. Throws `FatalError` on failure.
 void flushDirectory(const QString& path);
 
 using FileState = struct stat;
@@ -33,22 +32,12 @@ using FileState = struct stat;
 FileState stateOf(const QString& path);
 /// The state of an open file, even if another one has its name now.
 FileState stateOf(const QFile& file);
-/// The nine bits of read, write and execute; of a directory also the sticky bit.
-int permissionsOf(const FileState& state);
-/// Whether size and modification time are the same.
-bool isSameContent(const FileState& a, const FileState& b);
 
 /// Opens a regular file for reading, unbuffered, and returns its state. Throws on failure, with `prefix` in front of
-/// the reason; `CannotGoOn` if too many files are open. Does not follow a link, and does not wait for a pipe.
+/// the reason; `FatalError` if too many files are open. Does not follow a link, and does not wait for a pipe.
 FileState openToRead(QFile& file, const QString& prefix);
 
-void setPermissions(const QString& path, int permissions); ///< throws on failure
-/// The modification time in ns since 1970, UTC; also of a link itself. Throws on failure.
-void setModified(const QString& path, qint64 modified);
-/// Changes owner and group of an entry, also of a link itself. Returns whether they are these now.
-bool setOwner(const QString& path, qint64 owner, qint64 group);
-
-/// A new file, which its destructor removes unless it was kept. Throws `CannotGoOn`: its place and its name are ours,
+/// A new file, which its destructor removes unless it was kept. Throws `FatalError`: its place and its name are ours,
 /// so the next file would fail as well.
 class NewFile {
 public:
@@ -66,12 +55,12 @@ public:
     /// Ends the writing: only after this is it certain that everything was written.
     void close();
     void keep() { m_kept = true; }
-    /// Keeps the closed file under another name. Throws an ordinary exception on failure, or if something of that name
+    /// Keeps the closed file under another name. Throws, but no `FatalError`, on failure, or if something of that name
     /// exists. Not thread-safe for names that may be the same.
     void keepAs(const QString& path);
 
 protected:
-    [[noreturn]] void fail(QString reason = QString()) const;
+    [[noreturn]] void refuse(const QString& reason) const;
 
     QFile m_file;
 
@@ -92,5 +81,28 @@ public:
 private:
     const QString m_path;
 };
+
+// Platform-specific functions, defined in Files_linux.cpp and Files_mac.cpp
+
+/// The modification time in ns since 1970, UTC, limited to what 64 bits hold: years 1677 to 2262.
+qint64 modifiedTime(const FileState& state);
+/// From seconds and nanoseconds, with the same limits.
+qint64 nanosecondsOf(const timespec& time);
+
+///@{
+/// Together these flush written files and their names to the disk: call `flushFile` for each file before it is closed,
+/// then `flushVolume` once for a directory of the same file system. Where the system can flush a whole file system,
+/// `flushFile` does nothing. False on failure, with the reason in `errno`.
+bool flushFile(int descriptor);
+bool flushVolume(int directoryDescriptor);
+///@}
+
+/// Attributes of an entry that a vault does not keep.
+struct Extras {
+    bool attributes = false; ///< extended attributes
+    bool accessList = false; ///< an access control list
+};
+/// Both are false if the file system does not support them. Does not follow a link.
+Extras extrasOf(const char* path);
 
 } // namespace orvseal

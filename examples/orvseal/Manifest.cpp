@@ -1,19 +1,18 @@
 #include "Manifest.h"
 
 #include "Console.h"
-#include "Files.h"
-#include "StrictObject.h"
 #include "Work.h"
 
 #include <Orv/Core/Encryption/Key.h>
 
 #include <QCryptographicHash>
 #include <QHash>
+#include <QJsonDocument>
 #include <QMessageAuthenticationCode>
 #include <QSet>
 
-#include <algorithm>
 #include <chrono>
+#include <functional>
 #include <tuple>
 #include <vector>
 
@@ -37,8 +36,7 @@ constexpr qint64 LastSecond = 9223372035;         // since 1970; its nanoseconds
 constexpr qint64 LastMilliseconds = LastSecond * 1000;
 constexpr qint64 LargestOwner = 0xFFFFFFFE;
 
-const QStringList TypeNames = {QStringLiteral("file"), QStringLiteral("folder"), QStringLiteral("link"),
-    QStringLiteral("hardlink")}; // in the order of Entry::Type
+const QStringList TypeNames = {"file", "folder", "link", "hardlink"}; // in the order of Entry::Type
 
 QByteArray toLine(const Entry& entry)
 {
@@ -67,7 +65,7 @@ QByteArray toLine(const Entry& entry)
 
 Entry fromLine(const QByteArray& line, const VaultHead& head)
 {
-    const StrictObject object(line, QStringLiteral("the manifest"));
+    const StrictObject object(line, "the manifest");
     const auto type = TypeNames.indexOf(object.text("type"));
     object.require(type >= 0, "type");
 
@@ -86,13 +84,11 @@ Entry fromLine(const QByteArray& line, const VaultHead& head)
     if (entry.type == Entry::Link || entry.type == Entry::HardLink)
         entry.target = object.text("target");
     if (entry.type == Entry::File) {
-        const int ivLength = Key::ivLength(head.algorithm);
-        const int hashLength = QCryptographicHash::hashLength(QCryptographicHash::Md5);
         entry.size = object.number("size", 0, LargestNumber);
-        entry.iv = object.bytes("iv", ivLength, ivLength);
-        entry.treeHash = object.bytes("treeHash", hashLength, hashLength);
+        entry.iv = object.bytes("iv", Key::ivLength(head.algorithm));
+        entry.treeHash = object.bytes("treeHash", QCryptographicHash::hashLength(QCryptographicHash::Md5));
         if (head.format == 1)
-            entry.formerName = object.text("sealed");
+            entry.format1Name = object.text("sealed");
     }
     return entry;
 }
@@ -126,23 +122,21 @@ private:
     QByteArray m_ready;
 };
 
-[[noreturn]] void refuse(const char* what, const QString& text)
+[[noreturn]] void refuse(const QString& what, const QString& text)
 {
-    throw InvalidData(
-        QStringLiteral("the manifest is refused: the %1 \"%2\"").arg(QLatin1String(what), printable(text)));
+    fail<InvalidData>("the manifest is refused: the %1 \"%2\"", what, printable(text));
 }
 
 bool isPlainName(const QString& name)
 {
-    return !name.isEmpty() && name != QLatin1String(".") && name != QLatin1String("..") && !name.contains('/');
+    return !name.isEmpty() && name != "." && name != ".." && !name.contains('/');
 }
 
 /// Throws unless the entries are in order and stay inside the directory they are restored in: the parent of each is a
 /// directory of the manifest, which we create, and so no link that leads elsewhere.
 void requireValid(const Entries& entries, int format)
 {
-    const auto unordered = std::adjacent_find(
-        entries.begin(), entries.end(), [](const Entry& a, const Entry& b) { return !(a.path < b.path); });
+    const auto unordered = std::adjacent_find(entries.begin(), entries.end(), std::not_fn(ByPath()));
     if (unordered != entries.end())
         refuse("path", std::next(unordered)->path); // or it occurs twice
 
@@ -154,19 +148,18 @@ void requireValid(const Entries& entries, int format)
         const bool hasParent = slash < 0 || (parent != nullptr && parent->type == Entry::Directory);
         if (!(isRoot || isPlainName(entry.path.mid(slash + 1))) || !hasParent)
             refuse("path", entry.path);
-        if (!entry.formerName.isNull() && !isPlainName(entry.formerName))
-            refuse("sealed file", entry.formerName);
+        if (!entry.format1Name.isNull() && !isPlainName(entry.format1Name))
+            refuse("sealed file", entry.format1Name);
         if (entry.type == Entry::HardLink && findFile(entries, entry.target) == nullptr)
             refuse("hard link", entry.path);
         if (entry.type == Entry::File)
             files.push_back(&entry);
     }
     const auto isBefore = [format](const Entry* a, const Entry* b) {
-        return format == 1 ? a->formerName < b->formerName : a->iv < b->iv;
+        return format == 1 ? a->format1Name < b->format1Name : a->iv < b->iv;
     };
     std::sort(files.begin(), files.end(), isBefore);
-    const auto twice =
-        std::adjacent_find(files.begin(), files.end(), [&](const Entry* a, const Entry* b) { return !isBefore(a, b); });
+    const auto twice = std::adjacent_find(files.begin(), files.end(), std::not_fn(isBefore));
     if (twice != files.end())
         refuse("sealed file", (*twice)->nameInVault());
 }
@@ -183,33 +176,27 @@ public:
         m_rest.append(data, int(size));
         int begin = 0;
         for (int end = m_rest.indexOf('\n'); end >= 0; end = m_rest.indexOf('\n', begin)) {
-            addLine(QByteArray::fromRawData(m_rest.constData() + begin, end - begin));
+            Entry entry = fromLine(QByteArray::fromRawData(m_rest.constData() + begin, end - begin), m_head);
+            m_known = std::find_if(m_known, m_end, [&](const Entry& known) { return !(known.path < entry.path); });
+            if (m_known != m_end && m_known->path == entry.path)
+                entry.path = m_known->path; // the same string, which saves memory
+            m_entries.push_back(std::move(entry));
             begin = end + 1;
         }
         m_rest.remove(0, begin);
         if (m_rest.size() > LongestLine)
-            throw InvalidData(QStringLiteral("the manifest is damaged: a line is too long"));
+            fail<InvalidData>("the manifest is damaged: a line is too long");
     }
 
     Entries finish()
     {
         if (!m_rest.isEmpty())
-            throw InvalidData(QStringLiteral("the manifest is damaged: its last line has no end"));
+            fail<InvalidData>("the manifest is damaged: its last line has no end");
         requireValid(m_entries, m_head.format);
         return std::move(m_entries);
     }
 
 private:
-    void addLine(const QByteArray& line)
-    {
-        Entry entry = fromLine(line, m_head);
-        while (m_known != m_end && m_known->path < entry.path)
-            ++m_known;
-        if (m_known != m_end && m_known->path == entry.path)
-            entry.path = m_known->path;
-        m_entries.push_back(std::move(entry));
-    }
-
     const VaultHead& m_head;
     Entries::const_iterator m_known;
     const Entries::const_iterator m_end;
@@ -219,26 +206,17 @@ private:
 
 [[noreturn]] void refusePassword()
 {
-    throw InvalidData(QStringLiteral("wrong password, or a damaged manifest"));
+    fail<InvalidData>("wrong password, or a damaged manifest");
 }
-
-/// The HMAC of a manifest in a vault with this head.
-class ManifestMac : public QMessageAuthenticationCode {
-public:
-    ManifestMac(const VaultHead& head, const VaultKeys& keys)
-        : QMessageAuthenticationCode(QCryptographicHash::Sha256, keys.macKey)
-    {
-        addData(QCryptographicHash::hash(head.json, QCryptographicHash::Sha256));
-    }
-};
 
 /// Throws unless the manifest was written with these keys and has not been changed. Leaves it where its IV begins.
 void requireAuthentic(QFile& manifest, const VaultHead& head, const VaultKeys& keys)
 {
     const QByteArray expected = manifest.read(MacSize);
-    ManifestMac mac(head, keys);
+    QMessageAuthenticationCode mac(QCryptographicHash::Sha256, keys.macKey);
+    mac.addData(QCryptographicHash::hash(head.json, QCryptographicHash::Sha256));
     if (!mac.addData(&manifest) || manifest.error() != QFile::NoError)
-        throw InvalidData(QStringLiteral("%1: %2").arg(manifest.fileName(), manifest.errorString()));
+        fail<InvalidData>("%1: %2", manifest.fileName(), manifest.errorString());
     if (mac.result() != expected || !manifest.seek(MacSize))
         refusePassword();
 }
@@ -266,9 +244,15 @@ QByteArray firstFormatLines(const QSharedPointer<QFile>& manifest, const VaultHe
 
 } // namespace
 
-QString Entry::nameInVault() const
+void Entry::setAttributes(const FileState& state)
 {
-    return formerName.isNull() ? hexOf(iv) : formerName;
+    // The sticky bit of a directory keeps its users from removing each other's files. The bits that lend a program its
+    // owner's rights are left out: the restored file may have another owner.
+    const mode_t nineBits = S_IRWXU | S_IRWXG | S_IRWXO;
+    permissions = int(state.st_mode & (S_ISDIR(state.st_mode) ? nineBits | S_ISVTX : nineBits));
+    modified = modifiedTime(state);
+    owner = state.st_uid;
+    group = state.st_gid;
 }
 
 bool Entry::isSame(const Entry& other) const
@@ -282,8 +266,7 @@ bool Entry::isSame(const Entry& other) const
 
 const Entry* find(const Entries& entries, const QString& path)
 {
-    const auto found = std::lower_bound(entries.begin(), entries.end(), path,
-        [](const Entry& entry, const QString& wanted) { return entry.path < wanted; });
+    const auto found = std::lower_bound(entries.begin(), entries.end(), path, ByPath());
     return found != entries.end() && found->path == path ? &*found : nullptr;
 }
 
@@ -293,16 +276,19 @@ const Entry* findFile(const Entries& entries, const QString& path)
     return entry != nullptr && entry->type == Entry::File ? entry : nullptr;
 }
 
-void completeHardLinks(Entries& entries, const Entries& all)
+void completeHardLinks(Entries& part, const Entries& all, const Entries& others)
 {
     QHash<QString, QString> replaced; // the path of a file that is only in `all`, and of the link that became it
-    for (Entry& entry : entries) {
-        if (entry.type != Entry::HardLink || findFile(entries, entry.target) != nullptr)
+    for (Entry& entry : part) {
+        if (entry.type != Entry::HardLink)
             continue;
         const Entry* file = findFile(all, entry.target);
+        const Entry* other = findFile(others, entry.target);
+        if (findFile(part, entry.target) != nullptr || (other != nullptr && other->iv == file->iv))
+            continue;
         if (replaced.contains(entry.target)) {
             entry.target = replaced[entry.target];
-        } else if (file != nullptr) {
+        } else {
             const QString path = entry.path;
             replaced.insert(entry.target, path);
             entry = *file;
@@ -319,21 +305,20 @@ QString sealedPath(const QString& vault, const Entry& entry)
 QStringList surplusNames(const QString& vault, const Entries& entries)
 {
     std::vector<ShortBytes> ivs;
-    QSet<QString> formerNames;
+    QSet<QString> format1Names;
     for (const Entry& entry : entries) {
-        if (entry.formerName.isNull())
+        if (entry.format1Name.isNull())
             ivs.push_back(entry.iv);
         else
-            formerNames.insert(entry.formerName);
+            format1Names.insert(entry.format1Name);
     }
     std::sort(ivs.begin(), ivs.end());
     QStringList surplus;
-    for (const std::filesystem::directory_entry& item :
-        std::filesystem::directory_iterator(nativePath(vault + DataDirectory))) {
+    for (const auto& item : std::filesystem::directory_iterator(nativePath(vault + DataDirectory))) {
         const QString name = QString::fromStdString(item.path().filename());
         const bool isIv = isSealedName(name) &&
             std::binary_search(ivs.begin(), ivs.end(), ShortBytes(QByteArray::fromHex(name.toLatin1())));
-        if (!isIv && !formerNames.contains(name))
+        if (!isIv && !format1Names.contains(name))
             surplus += name;
     }
     return surplus;
@@ -343,14 +328,15 @@ void writeManifest(Replacement& file, const VaultHead& head, const VaultKeys& ke
 {
     requireValid(entries, head.format);
     file.write(QByteArray(MacSize, 0).constData(), MacSize); // until it is known
-    ManifestMac mac(head, keys);
+    QMessageAuthenticationCode mac(QCryptographicHash::Sha256, keys.macKey);
+    mac.addData(QCryptographicHash::hash(head.json, QCryptographicHash::Sha256));
     qint64 total = 0;
     const auto append = [&](const char* data, qint64 size) {
         mac.addData(data, int(size));
         file.write(data, size);
         total += size;
         if (total > LargestManifest - LongestLine)
-            throw CannotGoOn(QStringLiteral("there are too many entries for one vault: it could not be read again"));
+            fail<FatalError>("there are too many entries for one vault: it could not be read again");
     };
     const QByteArray iv = keys.cipher.randomIv();
     append(iv.constData(), iv.size());
@@ -362,8 +348,8 @@ void writeManifest(Replacement& file, const VaultHead& head, const VaultKeys& ke
 Entries readManifest(const QString& vault, const VaultHead& head, const VaultKeys& keys, const Entries& known)
 {
     const auto manifest = QSharedPointer<QFile>::create(manifestPath(vault, head));
-    if (openToRead(*manifest, manifest->fileName() + QStringLiteral(": ")).st_size > LargestManifest)
-        throw InvalidData(QStringLiteral("%1 is damaged: it is too large").arg(manifest->fileName()));
+    if (openToRead(*manifest, manifest->fileName() + ": ").st_size > LargestManifest)
+        fail<InvalidData>("%1 is damaged: it is too large", manifest->fileName());
     EntryReader reader(head, known);
     if (head.format == 1) {
         const QByteArray lines = firstFormatLines(manifest, head, keys.cipher);

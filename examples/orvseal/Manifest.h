@@ -51,17 +51,19 @@ struct Entry {
     Type type = File;
     ShortBytes iv;       ///< of a file
     ShortBytes treeHash; ///< of a file's plain text: the cipher alone does not detect all damage
-    int permissions = 0; ///< as in `FileState`; those of a link have no effect
+    int permissions = 0; ///< nine bits, and the sticky bit of a directory; those of a link have no effect
     QString path;
     QString target;        ///< of a link, as it is stored in it; of a hard link, the path of the file
-    QString formerName;    ///< of a file in format 1, the name of its sealed file
+    QString format1Name;   ///< of a file in format 1, the name of its sealed file
     qint64 size = 0;       ///< of a file, in bytes
     qint64 modified = 0;   ///< ns since 1970, UTC
     qint64 owner = Nobody; ///< the numbers of user and group; `Nobody` in format 1
     qint64 group = Nobody;
 
+    /// Takes permissions, modification time, owner and group from the state of the source.
+    void setAttributes(const FileState& state);
     /// The name of its sealed file.
-    QString nameInVault() const;
+    QString nameInVault() const { return format1Name.isNull() ? hexOf(iv) : format1Name; }
     /// Whether it has the same contents and attributes as `other`; the paths may differ.
     bool isSame(const Entry& other) const;
 };
@@ -69,13 +71,18 @@ struct Entry {
 /// In the order of their paths; pointers to them stay valid while it grows.
 using Entries = std::deque<Entry>;
 
+struct ByPath {
+    bool operator()(const Entry& a, const Entry& b) const { return a.path < b.path; }
+    bool operator()(const Entry& a, const QString& path) const { return a.path < path; }
+};
+
 /// The entry of that path; null if there is none.
 const Entry* find(const Entries& entries, const QString& path);
 /// The file of that path; null if there is none, or something else.
 const Entry* findFile(const Entries& entries, const QString& path);
-/// Replaces hard links in `entries` whose file is only in `all`: the first one becomes that file, and the others link
-/// to it. Those whose file is in neither are left as they are.
-void completeHardLinks(Entries& entries, const Entries& all);
+/// Completes a part of `all` that lacks files to which it has hard links, and which are not in `others` either: the
+/// first link to such a file becomes that file, and the rest link to it.
+void completeHardLinks(Entries& part, const Entries& all, const Entries& others);
 
 QString sealedPath(const QString& vault, const Entry& entry);
 /// The names in the vault's data directory that belong to none of the entries.
@@ -86,7 +93,6 @@ QStringList surplusNames(const QString& vault, const Entries& entries);
 void writeManifest(Replacement& file, const VaultHead& head, const VaultKeys& keys, const Entries& entries);
 /// Throws `Orv::Exception::InvalidData` if the manifest is damaged, the password is wrong, or an entry could be
 /// restored outside the target directory. To save memory, paths that are also in `known` share its strings.
-Entries readManifest(
-    const QString& vault, const VaultHead& head, const VaultKeys& keys, const Entries& known = Entries());
+Entries readManifest(const QString& vault, const VaultHead& head, const VaultKeys& keys, const Entries& known = {});
 
 } // namespace orvseal

@@ -1,19 +1,17 @@
 #include "Commands.h"
 #include "Console.h"
-#include "Files.h"
-#include "Manifest.h"
 #include "SealedFile.h"
 #include "Work.h"
+
+#include <Orv/Utility/FileInfo.h>
 
 #include <QDateTime>
 #include <QDir>
 #include <QTemporaryDir>
 
-#include <algorithm>
-#include <mutex>
-#include <sys/stat.h>
-
-using Orv::Exception::Base;
+#include <cerrno>
+#include <chrono>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 
@@ -26,7 +24,6 @@ constexpr qint64 MostBytes = qint64(1) << 53;
 /// A vault whose manifest is authentic.
 struct OpenedVault {
     QString path;
-    VaultHead head;
     Cipher cipher;
     Entries entries;
 };
@@ -36,7 +33,7 @@ OpenedVault unlock(const QString& path, const Options& options)
     const VaultHead head = readHead(path);
     requireManifest(path, head);
     const VaultKeys keys = makeKeys(head, obtainPassword(options.passwordFile, false));
-    return {path, head, keys.cipher, readManifest(path, head, keys)};
+    return {path, keys.cipher, readManifest(path, head, keys)};
 }
 
 /// Keeps only the entries of these paths, their content, and the directories above them.
@@ -48,10 +45,10 @@ void select(OpenedVault& vault, const QStringList& paths, Report& report)
         if (find(vault.entries, path) != nullptr)
             wanted += path + '/';
         else
-            report.problem(path, QStringLiteral("it is not in the vault"));
+            report.problem(path, "it is not in the vault");
     }
     if (wanted.isEmpty())
-        throw Base(QStringLiteral("none of these paths is in the vault"));
+        fail("none of these paths is in the vault");
 
     Entries chosen;
     for (const Entry& entry : vault.entries) {
@@ -60,7 +57,7 @@ void select(OpenedVault& vault, const QStringList& paths, Report& report)
                 [&](const QString& some) { return path.startsWith(some) || some.startsWith(path); }))
             chosen.push_back(entry);
     }
-    completeHardLinks(chosen, vault.entries);
+    completeHardLinks(chosen, vault.entries, {});
     vault.entries = std::move(chosen);
 }
 
@@ -88,8 +85,8 @@ void unsealAll(const OpenedVault& vault, const QString& activity, int jobs, Repo
 /// Reports files in the vault that belong to no entry. Those of a run that was killed are no problem.
 void reportSurplus(const OpenedVault& vault, Report& report)
 {
-    const QString surplus = QStringLiteral("surplus: it belongs to no entry");
-    for (const fs::directory_entry& item : fs::directory_iterator(nativePath(vault.path))) {
+    const QString surplus = "surplus: it belongs to no entry";
+    for (const auto& item : fs::directory_iterator(nativePath(vault.path))) {
         const QString name = QString::fromStdString(item.path().filename());
         if (!isVaultName(name))
             report.problem(name, surplus);
@@ -98,26 +95,45 @@ void reportSurplus(const OpenedVault& vault, Report& report)
         if (isSealedName(name))
             report.count(Report::LeftOver);
         else
-            report.problem(QStringLiteral("data/") + name, surplus);
+            report.problem("data/" + name, surplus);
     }
+}
+
+void requireEmptyDirectory(const QString& path)
+{
+    std::error_code error;
+    if (!fs::is_directory(nativePath(path), error) || !fs::is_empty(nativePath(path), error) || error)
+        fail("%1 exists and is not an empty directory", path);
+}
+
+/// Changes owner and group, also of a link itself. Returns whether they are these now.
+bool setOwner(const QString& path, qint64 owner, qint64 group)
+{
+    const FileState state = stateOf(path);
+    const fs::path place = nativePath(path);
+    if ((state.st_uid == owner && state.st_gid == group) || ::lchown(place.c_str(), uid_t(owner), gid_t(group)) == 0)
+        return true;
+    // A user may give files to his groups without the right to change owners.
+    const bool groupGiven = ::lchown(place.c_str(), uid_t(-1), gid_t(group)) == 0;
+    return groupGiven && state.st_uid == owner;
 }
 
 /// Restores entries into an empty directory.
 class Restoration {
 public:
     Restoration(const OpenedVault& vault, const QString& target, Report& report)
-        : m_vault(vault), m_target(target), m_report(report), m_parts(target + QStringLiteral("/.orvseal-XXXXXX"))
+        : m_vault(vault), m_target(target), m_report(report), m_parts(target + "/.orvseal-XXXXXX")
     {
         if (!m_parts.isValid())
-            throw Base(QStringLiteral("%1 cannot be written: %2").arg(target, m_parts.errorString()));
+            fail("%1 cannot be written: %2", target, m_parts.errorString());
     }
 
     /// Creates the directories, writable until everything is in them.
     void makeDirectories()
     {
-        forEach(Entry::Directory, [this](const Entry& entry) {
+        forEach(Entry::Directory, [](const Entry& entry, const QString& place) {
             if (!entry.path.isEmpty())
-                makeDirectory(placeOf(entry));
+                makeDirectory(place);
         });
     }
 
@@ -129,7 +145,7 @@ public:
         unseal(entry, m_vault.path, m_vault.cipher, m_report,
             [&part](const char* data, qint64 size) { part.writeSparse(data, size); });
         part.close();
-        setAttributes(partPath, entry);
+        setAttributes(entry, partPath);
         // One at a time: on a case-insensitive file system, two names may be the same.
         const std::lock_guard<std::mutex> lock(m_placing);
         part.keepAs(placeOf(entry));
@@ -139,15 +155,14 @@ public:
     void makeLinks()
     {
         std::error_code error;
-        forEach(Entry::HardLink, [&](const Entry& entry) {
-            fs::create_hard_link(nativePath(m_target + '/' + entry.target), nativePath(placeOf(entry)), error);
+        forEach(Entry::HardLink, [&](const Entry& entry, const QString& place) {
+            fs::create_hard_link(nativePath(m_target + '/' + entry.target), nativePath(place), error);
             throwIf(error);
         });
-        forEach(Entry::Link, [&](const Entry& entry) {
-            fs::create_symlink(nativePath(entry.target), nativePath(placeOf(entry)), error);
+        forEach(Entry::Link, [&](const Entry& entry, const QString& place) {
+            fs::create_symlink(nativePath(entry.target), nativePath(place), error);
             throwIf(error);
-            giveToOwner(placeOf(entry), entry);
-            setModified(placeOf(entry), entry.modified);
+            setAttributes(entry, place);
         });
     }
 
@@ -158,31 +173,29 @@ public:
         m_parts.remove();
         for (auto entry = m_vault.entries.rbegin(); entry != m_vault.entries.rend(); ++entry) {
             if (entry->type == Entry::Directory)
-                m_report.attempt(entry->path, [&] { setAttributes(placeOf(*entry), *entry); });
+                m_report.attempt(entry->path, [&] { setAttributes(*entry, placeOf(*entry)); });
         }
     }
 
 private:
     QString placeOf(const Entry& entry) const { return m_target + '/' + entry.path; }
 
-    void giveToOwner(const QString& place, const Entry& entry)
+    void setAttributes(const Entry& entry, const QString& place)
     {
+        // First the owner: changing it may change the permissions.
         if (entry.owner != Entry::Nobody && !setOwner(place, entry.owner, entry.group))
             m_report.count(Report::Foreign);
+        if (!Orv::Utility::FileInfo::setLastModified(place, std::chrono::nanoseconds(entry.modified), false))
+            fail("its modification time cannot be set: %1", qt_error_string(errno));
+        if (entry.type != Entry::Link && ::chmod(nativePath(place).c_str(), mode_t(entry.permissions)) != 0)
+            fail("its permissions cannot be set: %1", qt_error_string(errno));
     }
 
-    void setAttributes(const QString& place, const Entry& entry)
-    {
-        giveToOwner(place, entry); // first: a change of the owner may change the permissions
-        setModified(place, entry.modified);
-        setPermissions(place, entry.permissions);
-    }
-
-    void forEach(Entry::Type type, const std::function<void(const Entry&)>& work)
+    void forEach(Entry::Type type, const std::function<void(const Entry& entry, const QString& place)>& work)
     {
         for (const Entry& entry : m_vault.entries) {
             if (entry.type == type)
-                m_report.attempt(entry.path, [&] { work(entry); });
+                m_report.attempt(entry.path, [&] { work(entry, placeOf(entry)); });
         }
     }
 
@@ -195,10 +208,9 @@ private:
 
 QString permissionText(const Entry& entry)
 {
-    static constexpr char Types[] = "-dlh"; // in the order of Entry::Type
-    QString text(1, QLatin1Char(Types[entry.type]));
+    QString text("-dlh"[entry.type]); // in the order of Entry::Type
     for (int bit = 8; bit >= 0; --bit)
-        text += QLatin1Char(entry.permissions >> bit & 1 ? "xwr"[bit % 3] : '-');
+        text += entry.permissions >> bit & 1 ? "xwr"[bit % 3] : '-';
     if (entry.permissions & S_ISVTX)
         text[9] = entry.permissions & 1 ? 't' : 'T';
     return text;
@@ -212,23 +224,26 @@ void openVault(
     OpenedVault vault = unlock(vaultPath, options);
     if (!paths.isEmpty())
         select(vault, paths, report);
-    prepareEmptyDirectory(target, vaultPath);
+    requireOutside(target, vaultPath);
+    if (exists(target))
+        requireEmptyDirectory(target);
+    else
+        makeDirectory(target);
     Restoration restoration(vault, target, report);
     restoration.makeDirectories();
-    unsealAll(vault, QStringLiteral("opening"), options.jobs, report,
-        [&](const Entry& entry) { restoration.putFile(entry); });
+    unsealAll(vault, "opening", options.jobs, report, [&](const Entry& entry) { restoration.putFile(entry); });
     restoration.makeLinks();
     restoration.finishDirectories();
-    report.finish(QStringLiteral("opened"), QString());
+    report.finish("opened");
 }
 
 void verifyVault(const QString& vaultPath, const Options& options, Report& report)
 {
     const OpenedVault vault = unlock(vaultPath, options);
-    unsealAll(vault, QStringLiteral("verifying"), options.jobs, report,
+    unsealAll(vault, "verifying", options.jobs, report,
         [&](const Entry& entry) { unseal(entry, vault.path, vault.cipher, report, [](const char*, qint64) {}); });
     reportSurplus(vault, report);
-    report.finish(QStringLiteral("verified"), QString());
+    report.finish("verified");
 }
 
 void listVault(const QString& vaultPath, const Options& options)
@@ -241,12 +256,9 @@ void listVault(const QString& vaultPath, const Options& options)
         const QString size = entry.type == Entry::File ? sizeText(entry.size) : QString();
         const QDateTime modified = QDateTime::fromMSecsSinceEpoch(entry.modified / 1000000, Qt::UTC);
         const bool isLink = entry.type == Entry::Link || entry.type == Entry::HardLink;
-        const QString target = isLink ? QStringLiteral(" -> ") + printable(entry.target) : QString();
-        print(QStringLiteral("%1 %2 %3  ")
-                  .arg(permissionText(entry))
-                  .arg(size, 10)
-                  .arg(modified.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))) +
-            printable(entry.path) + target);
+        print(QString("%1 %2 %3  %4")
+                  .arg(permissionText(entry), size.rightJustified(10), modified.toString("yyyy-MM-dd HH:mm:ss"),
+                      printable(isLink ? entry.path + " -> " + entry.target : entry.path)));
     }
 }
 

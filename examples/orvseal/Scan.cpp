@@ -1,16 +1,10 @@
 #include "Scan.h"
 
-#include "Files.h"
-#include "System.h"
+#include "Work.h"
 
-#include <Orv/Exception.h>
 #include <Orv/Utility/FileTypeCheck.h>
 
-#include <algorithm>
 #include <map>
-
-using Orv::Exception::Base;
-using Orv::Utility::validateFileType;
 
 namespace fs = std::filesystem;
 
@@ -19,15 +13,14 @@ namespace orvseal {
 namespace {
 
 /// The entry does not belong in a vault. (Other exceptions: it cannot be read.)
-class Skipped : public Base {
+class Skipped : public Orv::Exception::Base {
 public:
-    explicit Skipped(const QString& reason) : Base(QStringLiteral("skipped: ") + reason) { }
+    using Base::Base;
 };
 
-/// With a slash in front, because Qt drops a byte-order mark at the beginning of a string.
 QString decoded(const std::string& name)
 {
-    return QString::fromStdString('/' + name).mid(1);
+    return QString::fromStdString('/' + name).mid(1); // Qt would drop a byte-order mark at the beginning
 }
 
 /// The manifest is UTF-8: any other name would be restored as a different one.
@@ -35,7 +28,7 @@ QString textOf(const std::string& name)
 {
     const QString text = decoded(name);
     if (text.toStdString() != name)
-        throw Skipped(QStringLiteral("its name or target is not valid UTF-8"));
+        fail<Skipped>("skipped: its name or target is not valid UTF-8");
     return text;
 }
 
@@ -43,11 +36,11 @@ QString textOf(const std::string& name)
 void requireSuitable(const QString& path)
 {
     QString reason;
-    const int verdict = validateFileType(path, reason);
+    const int verdict = Orv::Utility::validateFileType(path, reason);
     if (verdict == Orv::Utility::NotForBackup)
-        throw Skipped(reason);
+        fail<Skipped>("skipped: %1", reason);
     if (verdict != Orv::Utility::Suitable)
-        throw Base(reason);
+        throw Orv::Exception::Base(reason);
 }
 
 class Scan {
@@ -63,12 +56,11 @@ public:
             m_directories.pop_back();
             attempt(directory, [&] { readDirectory(directory + '/'); });
         }
-        std::sort(m_result.entries.begin(), m_result.entries.end(),
-            [](const Entry& a, const Entry& b) { return a.path < b.path; });
+        Entries& entries = m_result.entries;
+        std::sort(entries.begin(), entries.end(), ByPath());
         // Some file systems list a name twice while its directory changes.
-        m_result.entries.erase(std::unique(m_result.entries.begin(), m_result.entries.end(),
-                                   [](const Entry& a, const Entry& b) { return a.path == b.path; }),
-            m_result.entries.end());
+        const auto isSamePath = [](const Entry& a, const Entry& b) { return a.path == b.path; };
+        entries.erase(std::unique(entries.begin(), entries.end(), isSamePath), entries.end());
         linkNames();
         return std::move(m_result);
     }
@@ -109,10 +101,7 @@ private:
         const FileState state = stateOf(path.isEmpty() ? place + '/' : place); // the source itself may be a link
         Entry entry;
         entry.path = path;
-        entry.permissions = permissionsOf(state);
-        entry.modified = modifiedTime(state);
-        entry.owner = state.st_uid;
-        entry.group = state.st_gid;
+        entry.setAttributes(state);
         if (S_ISLNK(state.st_mode)) {
             entry.type = Entry::Link;
             std::error_code error;
@@ -137,7 +126,7 @@ private:
         if (extras.accessList)
             m_report.count(Report::AccessList);
         if ((state.st_mode & (S_ISUID | S_ISGID)) != 0)
-            m_report.count(Report::LentRights);
+            m_report.count(Report::SetIdBits);
         return entry;
     }
 

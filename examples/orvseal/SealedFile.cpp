@@ -3,17 +3,15 @@
 
 #include "SealedFile.h"
 
-#include "Files.h"
-#include "System.h"
 #include "TreeHash.h"
-
-#include <Orv/Exception.h>
+#include "Work.h"
 
 #include <new>
 
 using Orv::Core::Encryption::EncryptorBase;
-using Orv::Exception::Base;
 using Orv::Exception::InvalidData;
+
+namespace fs = std::filesystem;
 
 namespace orvseal {
 
@@ -69,13 +67,12 @@ public:
         if (!m_encryptor->atEnd())
             return true;
         m_sealed.close();
-        requireUnchanged(m_encryptor->bytesRead() == m_before.st_size && isSameContent(stateOf(*m_source), m_before));
+        const FileState now = stateOf(*m_source);
+        requireUnchanged(m_encryptor->bytesRead() == now.st_size && now.st_size == m_before.st_size &&
+            modifiedTime(now) == modifiedTime(m_before));
         m_sealed.keep();
         m_entry.size = m_before.st_size;
-        m_entry.modified = modifiedTime(m_before);
-        m_entry.permissions = permissionsOf(m_before); // not those of a file that had the name during the scan
-        m_entry.owner = m_before.st_uid;
-        m_entry.group = m_before.st_gid;
+        m_entry.setAttributes(m_before); // not those of a file that had the name during the scan
         m_entry.treeHash = m_source->finishHash();
         report.fileDone();
         return false;
@@ -85,7 +82,7 @@ private:
     static void requireUnchanged(bool unchanged)
     {
         if (!unchanged)
-            throw Base(QStringLiteral("changed while it was read"));
+            fail("changed while it was read");
     }
 
     Entry& m_entry;
@@ -130,11 +127,13 @@ void unseal(const Entry& entry, const QString& vault, const Cipher& cipher, Repo
 {
     const auto sealed = QSharedPointer<QFile>::create(sealedPath(vault, entry));
     const QString name = entry.nameInVault();
-    const FileState state = openToRead(*sealed, QStringLiteral("its sealed file %1: ").arg(name));
-    if (state.st_size != cipher.sealedSize(entry.size))
-        throw InvalidData(QStringLiteral("damaged: its sealed file %1 has a wrong size").arg(name));
+    std::error_code ignored; // opening the file then gives the reason
+    if (fs::symlink_status(nativePath(sealed->fileName()), ignored).type() == fs::file_type::not_found)
+        fail<InvalidData>("damaged: its sealed file %1 is missing", name);
+    if (openToRead(*sealed, "its sealed file " + name + ": ").st_size != cipher.sealedSize(entry.size))
+        fail<InvalidData>("damaged: its sealed file %1 has a wrong size", name);
 
-    const InvalidData damaged(QStringLiteral("damaged: its sealed file %1 is not what was written").arg(name));
+    bool isPadded = true;
     qint64 count = 0;
     TreeHash hash;
     try {
@@ -144,15 +143,15 @@ void unseal(const Entry& entry, const QString& vault, const Cipher& cipher, Repo
             report.advance(size);
             sink(data, size);
         });
-    } catch (const Base&) {
+    } catch (const Orv::Exception::Base&) {
         throw; // a reason of ours
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception&) {
-        throw damaged; // the cipher library met a wrong padding
+        isPadded = false; // the cipher library met a wrong padding
     }
-    if (count != entry.size || hash.finish() != entry.treeHash)
-        throw damaged;
+    if (!isPadded || count != entry.size || hash.finish() != entry.treeHash)
+        fail<InvalidData>("damaged: its sealed file %1 is not what was written", name);
 }
 
 } // namespace orvseal

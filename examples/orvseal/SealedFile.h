@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Console.h"
 #include "Manifest.h"
-#include "Report.h"
 
 #include <vector>
 

@@ -1,12 +1,8 @@
 #include "Update.h"
 
-#include "Files.h"
 #include "Work.h"
 
-#include <QFile>
-
 namespace fs = std::filesystem;
-using Orv::Exception::Base;
 
 namespace orvseal {
 
@@ -15,23 +11,23 @@ Update::Update(const QString& vault, const QString& source, Report& report)
 {
     requireOutside(vault, source);
     requireOutside(source, vault);
-    m_isNewDirectory = typeOf(vault) == fs::file_type::not_found;
+    m_isNewDirectory = !exists(vault);
     if (m_isNewDirectory)
         makeDirectory(vault);
     try {
         lock();
-        bool isEmpty = true;
-        for (const fs::directory_entry& item : fs::directory_iterator(nativePath(vault)))
-            isEmpty = isEmpty && (item.path().filename() == "lock" || item.path().filename() == "vault.json.new");
-        if (typeOf(vault + HeadFile) != fs::file_type::not_found) {
+        if (exists(vault + HeadFile)) {
             const VaultHead head = readHead(vault);
-            if (typeOf(manifestPath(vault, head)) != fs::file_type::not_found)
+            if (exists(manifestPath(vault, head))) {
+                requireManifest(vault, head); // and "data"
                 m_oldHead = head;
-        } else if (!isEmpty) {
-            throw Base(QStringLiteral("%1 exists and is neither a vault nor an empty directory").arg(vault));
+            }
+        } else {
+            for (const auto& item : fs::directory_iterator(nativePath(vault))) {
+                if (item.path().filename() != "lock" && item.path().filename() != "vault.json.new")
+                    fail("%1 exists and is neither a vault nor an empty directory", vault);
+            }
         }
-        if (m_oldHead)
-            requireManifest(vault, *m_oldHead);
     } catch (...) {
         undo();
         throw;
@@ -47,10 +43,11 @@ Update::~Update()
     }
 }
 
-void Update::readBefore(const VaultKeys& oldKeys, const Entries& known)
+const Entries& Update::readBefore(const VaultKeys& oldKeys, const Entries& known)
 {
     if (m_oldHead)
         m_before = readManifest(m_path, *m_oldHead, oldKeys, known);
+    return m_before;
 }
 
 void Update::begin(const VaultHead& newHead)
@@ -58,12 +55,13 @@ void Update::begin(const VaultHead& newHead)
     m_hasBegun = true;
     if (m_oldHead)
         return;
+    if (exists(m_path + HeadFile))
+        m_report.count(Report::Incomplete);
     writeHead(m_path, newHead);
-    const fs::file_type type = typeOf(m_path + DataDirectory);
-    if (type == fs::file_type::not_found)
+    if (!exists(m_path + DataDirectory))
         makeDirectory(m_path + DataDirectory);
-    else if (type != fs::file_type::directory)
-        throw Base(QStringLiteral("\"data\" in %1 is not a directory").arg(m_path));
+    else if (typeOf(m_path + DataDirectory) != fs::file_type::directory)
+        fail("\"data\" in %1 is not a directory", m_path);
     removeSurplus(newHead, m_before);
 }
 
@@ -76,23 +74,22 @@ void Update::finish(const VaultHead& head, const VaultKeys& keys, const Entries&
         manifest.commit();
         if (m_oldHead && m_oldHead->json != head.json)
             writeHead(m_path, head); // which names the new manifest
+        flushDirectory(m_path);
     }
     m_hasBegun = false;
     m_isNewDirectory = false;
-    if (hasChanged)
-        flushDirectory(m_path);
     removeSurplus(head, entries);
 }
 
 void Update::lock()
 {
-    constexpr std::uintmax_t LargestLock = 4096; // bytes
-    const fs::path path = nativePath(m_path + LockFile);
+    constexpr std::uintmax_t LargestLock = 4096; // bytes; QLockFile reads all of it
+    const QString path = m_path + LockFile;
+    const fs::file_type type = typeOf(path);
     std::error_code error;
-    const fs::file_type type = typeOf(m_path + LockFile);
     if (type != fs::file_type::not_found &&
-        (type != fs::file_type::regular || fs::file_size(path, error) > LargestLock)) // which QLockFile would read
-        throw Base(QStringLiteral("%1 is not a lock file of orvseal").arg(m_path + LockFile));
+        (type != fs::file_type::regular || fs::file_size(nativePath(path), error) > LargestLock))
+        fail("%1 is not a lock file of orvseal", path);
     m_lock.setStaleLockTime(0); // a run may take days; a process that has ended is known by its number
     if (m_lock.tryLock(0))
         return;
@@ -103,9 +100,8 @@ void Update::lock()
     if (isEmpty() && (m_lock.tryLock(WritingTime) || (isEmpty() && m_lock.removeStaleLockFile() && m_lock.tryLock(0))))
         return;
     if (m_lock.error() == QLockFile::LockFailedError)
-        throw Base(
-            QStringLiteral("another run is writing to %1; if there is none, remove %2").arg(m_path, m_path + LockFile));
-    throw Base(QStringLiteral("%1 is not a directory, or cannot be written").arg(m_path));
+        fail("another run is writing to %1; if there is none, remove %2", m_path, path);
+    fail("%1 is not a directory, or cannot be written", m_path);
 }
 
 /// Removes sealed files that no entry needs, and manifests that the head does not name.
@@ -117,7 +113,7 @@ void Update::removeSurplus(const VaultHead& head, const Entries& entries)
     }
     for (const QString& name : surplusNames(m_path, entries)) {
         if (isSealedName(name) && !QFile::remove(m_path + DataDirectory + '/' + name))
-            m_report.problem(QStringLiteral("data/") + name, QStringLiteral("it cannot be removed"));
+            m_report.problem("data/" + name, "it cannot be removed");
     }
 }
 

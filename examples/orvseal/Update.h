@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Console.h"
 #include "Manifest.h"
-#include "Report.h"
 
 #include <QLockFile>
 
@@ -21,10 +21,8 @@ public:
 
     /// The head of a complete vault; nothing if the vault is new or was never finished.
     const std::optional<VaultHead>& oldHead() const { return m_oldHead; }
-    /// Reads the manifest of a complete vault. For `known` see `readManifest`.
-    void readBefore(const VaultKeys& oldKeys, const Entries& known);
-    /// The content of a complete vault.
-    const Entries& before() const { return m_before; }
+    /// Reads and returns the content of a complete vault; nothing of any other. For `known` see `readManifest`.
+    const Entries& readBefore(const VaultKeys& oldKeys, const Entries& known);
 
     /// Allows sealed files to be written. Unless the vault is complete, writes the new head first, and removes
     /// everything that an interrupted run has left.

@@ -1,12 +1,14 @@
 #include "Vault.h"
 
 #include "Files.h"
-#include "StrictObject.h"
+#include "Work.h"
 
 #include <Orv/Core/Encryption/Key.h>
 
+#include <QJsonDocument>
 #include <QRegularExpression>
 
+#include <cmath>
 #include <future>
 #include <limits>
 
@@ -19,13 +21,52 @@ namespace {
 
 constexpr int NewestFormat = 2;
 // The lengths differ, so that no head of format 1, which nothing authenticates, leads to a key of format 2.
-constexpr int SaltSize = 16;           // bytes
-constexpr int FirstFormatSaltSize = 8; // bytes
-
-// Limits for heads from untrusted sources
-constexpr qint64 LargestHead = 64 * 1024; // bytes
+constexpr int SaltSize = 16;              // bytes
+constexpr int FirstFormatSaltSize = 8;    // bytes
+constexpr qint64 LargestHead = 64 * 1024; // bytes; heads may come from untrusted sources
 
 } // namespace
+
+QString hexOf(const QByteArray& bytes)
+{
+    return QString::fromLatin1(bytes.toHex());
+}
+
+StrictObject::StrictObject(const QByteArray& json, const QString& source) : m_source(source)
+{
+    const QJsonDocument document = QJsonDocument::fromJson(json);
+    if (!document.isObject())
+        fail<InvalidData>("%1 is damaged", m_source);
+    m_object = document.object();
+}
+
+void StrictObject::require(bool condition, const char* name) const
+{
+    if (!condition)
+        fail<InvalidData>("%1 is damaged: \"%2\" is invalid", m_source, QString(name));
+}
+
+QString StrictObject::text(const char* name) const
+{
+    const QJsonValue value = m_object[QLatin1String(name)];
+    require(value.isString() && !value.toString().contains(QChar(0)), name);
+    return value.toString();
+}
+
+qint64 StrictObject::number(const char* name, qint64 smallest, qint64 largest) const
+{
+    const double value = m_object[QLatin1String(name)].toDouble(std::nan(""));
+    require(value >= double(smallest) && value <= double(largest) && value == std::floor(value), name);
+    return qint64(value);
+}
+
+QByteArray StrictObject::bytes(const char* name, int size) const
+{
+    const QByteArray hex = text(name).toLatin1();
+    const QByteArray value = QByteArray::fromHex(hex);
+    require(value.toHex() == hex && value.size() == size, name);
+    return value;
+}
 
 QString manifestPath(const QString& vault, const VaultHead& head)
 {
@@ -34,20 +75,19 @@ QString manifestPath(const QString& vault, const VaultHead& head)
 
 const QStringList& manifestNames()
 {
-    static const QStringList names = {QStringLiteral("manifest"), QStringLiteral("manifest-2")};
+    static const QStringList names = {"manifest", "manifest-2"};
     return names;
 }
 
 bool isVaultName(const QString& name)
 {
-    static const QRegularExpression form(
-        QStringLiteral("\\A((vault\\.json|manifest|manifest-2)(\\.new)?|data|lock)\\z"));
+    static const QRegularExpression form("\\A((vault\\.json|manifest|manifest-2)(\\.new)?|data|lock)\\z");
     return form.match(name).hasMatch();
 }
 
 bool isSealedName(const QString& name)
 {
-    static const QRegularExpression form(QStringLiteral("\\A([0-9a-f]{16}|[0-9a-f]{32}|[0-9]{8,}\\.sealed)\\z"));
+    static const QRegularExpression form("\\A([0-9a-f]{16}|[0-9a-f]{32}|[0-9]{8,}\\.sealed)\\z");
     return form.match(name).hasMatch();
 }
 
@@ -60,16 +100,16 @@ VaultHead makeHead(Orv::Core::Encryption::Algorithm algorithm, int iterations, c
     head.macSalt = Key::random(SaltSize);
     head.iterations = iterations;
     head.manifestName = manifestName;
-    head.json = QJsonDocument(QJsonObject{
-                                  {"format", head.format},
-                                  {"algorithm", Key::name(algorithm)},
-                                  {"keyLength", Key::length(algorithm)},
-                                  {"salt", hexOf(head.salt)},
-                                  {"macSalt", hexOf(head.macSalt)},
-                                  {"iterations", iterations},
-                                  {"manifest", manifestName},
-                              })
-                    .toJson();
+    const QJsonObject object = {
+        {"format", head.format},
+        {"algorithm", Key::name(algorithm)},
+        {"keyLength", Key::length(algorithm)},
+        {"salt", hexOf(head.salt)},
+        {"macSalt", hexOf(head.macSalt)},
+        {"iterations", iterations},
+        {"manifest", manifestName},
+    };
+    head.json = QJsonDocument(object).toJson();
     return head;
 }
 
@@ -85,28 +125,26 @@ VaultHead readHead(const QString& vault)
 {
     const QString path = vault + HeadFile;
     QFile file(path);
-    if (openToRead(file, path + QStringLiteral(": ")).st_size > LargestHead)
-        throw InvalidData(QStringLiteral("%1 is damaged: it is too large").arg(path));
+    if (openToRead(file, path + ": ").st_size > LargestHead)
+        fail<InvalidData>("%1 is damaged: it is too large", path);
     VaultHead head;
     head.json = file.readAll();
     if (file.error() != QFile::NoError)
-        throw InvalidData(QStringLiteral("%1: %2").arg(path, file.errorString()));
+        fail<InvalidData>("%1: %2", path, file.errorString());
 
     const StrictObject object(head.json, path);
     head.format = int(object.number("format", 1, std::numeric_limits<int>::max()));
     if (head.format > NewestFormat)
-        throw InvalidData(QStringLiteral("%1: its format is newer than this program").arg(vault));
+        fail<InvalidData>("%1: its format is newer than this program", vault);
     head.algorithm = Key::algorithmFromName(object.text("algorithm"), int(object.number("keyLength", 1, 1024)));
     object.require(head.algorithm != Orv::Core::Encryption::None, "algorithm");
-    const int saltSize = head.format == 1 ? FirstFormatSaltSize : SaltSize;
-    head.salt = object.bytes("salt", saltSize, saltSize);
+    head.salt = object.bytes("salt", head.format == 1 ? FirstFormatSaltSize : SaltSize);
     head.iterations = int(object.number("iterations", 1, MostIterations));
     if (head.format == 1) {
-        const int ivLength = Key::ivLength(head.algorithm);
         head.manifestName = manifestNames().constFirst();
-        head.manifestIv = object.bytes("manifestIv", ivLength, ivLength);
+        head.manifestIv = object.bytes("manifestIv", Key::ivLength(head.algorithm));
     } else {
-        head.macSalt = object.bytes("macSalt", SaltSize, SaltSize);
+        head.macSalt = object.bytes("macSalt", SaltSize);
         object.require(head.macSalt != head.salt, "macSalt");
         head.manifestName = object.text("manifest");
         object.require(manifestNames().contains(head.manifestName), "manifest");
@@ -116,12 +154,13 @@ VaultHead readHead(const QString& vault)
 
 void requireManifest(const QString& vault, const VaultHead& head)
 {
-    if (typeOf(manifestPath(vault, head)) == std::filesystem::file_type::not_found)
-        throw InvalidData(QStringLiteral("%1 is incomplete: it has no manifest, because sealing was not finished; "
-                                         "\"orvseal seal\" with the same directory finishes it")
-                              .arg(vault));
+    if (!exists(manifestPath(vault, head)))
+        fail<InvalidData>(
+            "%1 is incomplete: it has no manifest, because sealing was not finished; \"orvseal seal\" with "
+            "the same directory finishes it",
+            vault);
     if (typeOf(vault + DataDirectory) != std::filesystem::file_type::directory)
-        throw InvalidData(QStringLiteral("%1 is damaged: \"data\" in it is not a directory").arg(vault));
+        fail<InvalidData>("%1 is damaged: \"data\" in it is not a directory", vault);
 }
 
 VaultKeys makeKeys(const VaultHead& head, const QByteArray& password)

@@ -3,6 +3,7 @@
 #include "Cipher.h"
 
 #include <QByteArray>
+#include <QJsonObject>
 #include <QString>
 #include <QStringList>
 
@@ -40,6 +41,25 @@ struct VaultKeys {
 constexpr char HeadFile[] = "/vault.json";
 constexpr char DataDirectory[] = "/data";
 constexpr char LockFile[] = "/lock";
+
+QString hexOf(const QByteArray& bytes);
+
+/// Reads the members of a JSON object. Throws `Orv::Exception::InvalidData` if one is missing or invalid.
+class StrictObject {
+public:
+    /// `source` names the origin of `json` in messages.
+    StrictObject(const QByteArray& json, const QString& source);
+
+    void require(bool condition, const char* name) const;
+    QString text(const char* name) const;
+    qint64 number(const char* name, qint64 smallest, qint64 largest) const;
+    /// Bytes that are stored in hex.
+    QByteArray bytes(const char* name, int size) const;
+
+private:
+    const QString m_source;
+    QJsonObject m_object;
+};
 
 QString manifestPath(const QString& vault, const VaultHead& head);
 /// The names that a manifest can have. An update of format 1 writes the second one beside the first, until the new head

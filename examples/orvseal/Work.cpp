@@ -1,7 +1,5 @@
 #include "Work.h"
 
-#include <QString>
-
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -18,17 +16,12 @@ constexpr std::chrono::milliseconds IdleInterval(200);
 std::atomic<int> receivedSignal{0};
 static_assert(std::atomic<int>::is_always_lock_free, "a signal handler may not wait for a lock");
 
-void rememberSignal(int signal)
-{
-    receivedSignal = signal;
-}
-
 } // namespace
 
 void catchInterrupts()
 {
     struct sigaction action = {};
-    action.sa_handler = rememberSignal;
+    action.sa_handler = [](int signal) { receivedSignal = signal; };
     // Without SA_RESTART, so that the password prompt ends immediately.
     sigemptyset(&action.sa_mask);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
@@ -49,7 +42,7 @@ int interruptSignal()
 void stopIfInterrupted()
 {
     if (receivedSignal != 0)
-        throw Orv::Exception::Canceled(QStringLiteral("interrupted"));
+        fail<Orv::Exception::Canceled>("interrupted");
 }
 
 void forEachIndex(

@@ -2,16 +2,28 @@
 
 #include <Orv/Exception.h>
 
+#include <QString>
+
 #include <cstddef>
 #include <functional>
 
 namespace orvseal {
 
 /// The whole command cannot continue, for instance because the disk is full. All other exceptions concern one entry.
-class CannotGoOn : public Orv::Exception::Base {
+class FatalError : public Orv::Exception::Base {
 public:
     using Base::Base;
 };
+
+/// Throws an exception with the message `text`, in which the arguments replace "%1", "%2" and so on.
+template <class Exception = Orv::Exception::Base, class... Arguments>
+[[noreturn]] void fail(const char* text, const Arguments&... arguments)
+{
+    if constexpr (sizeof...(arguments) == 0)
+        throw Exception(text);
+    else
+        throw Exception(QString(text).arg(arguments...));
+}
 
 /// SIGINT, SIGTERM and SIGHUP set a flag instead of ending the process, except for a SIGHUP that the caller ignores, as
 /// nohup does. Writing to a closed pipe, or beyond the limit of file sizes, becomes an error.

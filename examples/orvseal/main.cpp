@@ -1,5 +1,4 @@
 #include "Commands.h"
-#include "Console.h"
 #include "Vault.h"
 #include "Work.h"
 
@@ -24,7 +23,6 @@
 #include <unistd.h>
 
 using namespace orvseal;
-using Orv::Exception::Base;
 using namespace Orv::Core::Encryption;
 
 namespace {
@@ -70,7 +68,7 @@ int numberOf(const QCommandLineParser& parser, const QString& option, int smalle
     bool isNumber = false;
     const int number = parser.value(option).toInt(&isNumber);
     if (!isNumber || number < smallest || number > largest)
-        throw Base(QStringLiteral("--%1 has to be a number from %2 to %3").arg(option).arg(smallest).arg(largest));
+        fail("--%1 has to be a number from %2 to %3", option, QString::number(smallest), QString::number(largest));
     return number;
 }
 
@@ -81,10 +79,10 @@ void startLog(const QString& directory)
     log.setLogLevel(directory.isEmpty() ? Orv::LogManager::Disabled : Orv::LogManager::InfoHigh);
     if (!directory.isEmpty()) {
         // The library would wait in silence until the file can be written.
-        QFile file(directory + QStringLiteral("/log_orvseal.log"));
+        QFile file(directory + "/log_orvseal.log");
         if (!QDir().mkpath(directory) || !file.open(QIODevice::WriteOnly | QIODevice::Append))
-            throw Base(QStringLiteral("the log %1 cannot be written: %2").arg(file.fileName(), file.errorString()));
-        log.setAppPrefix(QStringLiteral("orvseal"));
+            fail("the log %1 cannot be written: %2", file.fileName(), file.errorString());
+        log.setAppPrefix("orvseal");
         log.setLogPath(directory);
         log.setOutToFile(true);
     }
@@ -94,7 +92,7 @@ void startLog(const QString& directory)
 /// A path from outside. Qt would look for one that begins with a colon among its own resources.
 QString pathOf(const QString& argument)
 {
-    return argument.startsWith(':') ? QStringLiteral("./") + argument : argument;
+    return argument.startsWith(':') ? "./" + argument : argument;
 }
 
 /// Raises the limit of open files if `jobs` need it. Returns how many jobs the limit allows.
@@ -126,7 +124,7 @@ void runCommand(const QString& command, QStringList arguments, const Options& op
     else if (command == "list" && count == 1)
         listVault(arguments[0], options);
     else
-        throw Base(QStringLiteral("wrong command, or wrong number of arguments; see orvseal --help"));
+        fail("wrong command, or wrong number of arguments; see orvseal --help");
 }
 
 void run(Report& report)
@@ -135,10 +133,10 @@ void run(Report& report)
     QCommandLineParser parser;
     parser.setApplicationDescription(Description);
     parser.addOptions({
-        {"algorithm", QStringLiteral("For a new vault: the cipher, one of %1. Default: aes256.").arg(names), "NAME"},
+        {"algorithm", QString("For a new vault: the cipher, one of %1. Default: aes256.").arg(names), "NAME"},
         {"iterations",
-            QStringLiteral("For a new vault: how often the password is hashed, from %1 to %2. A smaller number is "
-                           "faster, for programs with random passwords, and easier to guess. Default: 1300000.")
+            QString("For a new vault: how often the password is hashed, from %1 to %2. A smaller number is faster, for "
+                    "programs with random passwords, and easier to guess. Default: 1300000.")
                 .arg(Key::ITERATION_ADVANCED)
                 .arg(MostIterations),
             "N"},
@@ -152,7 +150,7 @@ void run(Report& report)
     parser.addPositionalArgument("command", "seal, open, verify or list.");
     parser.addPositionalArgument("arguments", "As above.", "argument...");
     if (!parser.parse(QCoreApplication::arguments()))
-        throw Base(parser.errorText());
+        throw Orv::Exception::Base(parser.errorText());
     if (parser.isSet("help")) {
         print(parser.helpText());
         return;
@@ -162,12 +160,12 @@ void run(Report& report)
     const QString command = arguments.value(0);
     for (const char* const option : {"algorithm", "iterations", "force"}) {
         if (parser.isSet(option) && command != "seal")
-            throw Base(QStringLiteral("--%1 is only for \"seal\"").arg(option));
+            fail("--%1 is only for \"seal\"", QString(option));
     }
     Options options;
     options.algorithm = algorithms().value(parser.value("algorithm"), None);
     if (parser.isSet("algorithm") && options.algorithm == None)
-        throw Base(QStringLiteral("--algorithm has to be one of %1").arg(names));
+        fail("--algorithm has to be one of %1", names);
     if (parser.isSet("iterations"))
         options.iterations = numberOf(parser, "iterations", Key::ITERATION_ADVANCED, MostIterations);
     options.jobs = jobsWithFiles(numberOf(parser, "jobs", 1, MostJobs));
@@ -189,26 +187,15 @@ void openStandardStreams()
     ::close(descriptor);
 }
 
-/// File names are UTF-8 in any locale. Qt 6 does that by itself; Qt 5 could not encode most of them in the C locale.
-void useUtf8()
-{
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
-#endif
-}
-
-void requireOutput()
-{
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
-        throw Base(QStringLiteral("standard output cannot be written"));
-}
-
 } // namespace
 
 int main(int argc, char* argv[])
 {
     openStandardStreams();
-    useUtf8();
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    // File names are UTF-8 in any locale. Qt 5 could not encode most of them in the C locale.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+#endif
     const QCoreApplication application(argc, argv);
     catchInterrupts();
 
@@ -216,7 +203,8 @@ int main(int argc, char* argv[])
     QString failure;
     try {
         run(report);
-        requireOutput();
+        if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+            fail("standard output cannot be written");
     } catch (const std::exception& exception) {
         failure = printable(QString::fromUtf8(exception.what()));
     }

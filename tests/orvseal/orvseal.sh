@@ -207,7 +207,7 @@ check_damaged_file() {
     expect_line err "orvseal: a: damaged: its sealed file ${a##*/} is not what was written"
     expect_line err "orvseal: b: damaged: its sealed file ${b##*/} is not what was written"
     expect_line err "orvseal: c: damaged: its sealed file ${c##*/} has a wrong size"
-    expect_line err "orvseal: d: its sealed file ${d##*/}: No such file"
+    expect_line err "orvseal: d: damaged: its sealed file ${d##*/} is missing"
     expect_line err "orvseal: e: its sealed file ${e##*/}: not a regular file"
     expect_line err "orvseal: f: its sealed file ${f##*/}: not a regular file"
     expect_line err 'orvseal: data/other: surplus'
@@ -257,6 +257,9 @@ check_incomplete_vault() {
     expect_refusal list vault
     expect_absent target
     expect_status 0 seal source vault # which finishes it
+    expect_line out 'the vault was incomplete, without a manifest; everything was sealed anew'
+    expect_status 0 seal source vault
+    ! grep -q incomplete out || fail "a complete vault is called incomplete"
     expect_status 0 verify vault
     [ "$(file_count vault/data)" -eq 2 ] || fail "something is left: $(ls vault/data)"
     mv vault/data elsewhere

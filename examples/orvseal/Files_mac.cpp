@@ -1,4 +1,4 @@
-#include "System.h"
+#include "Files.h"
 
 #include <fcntl.h>
 #include <sys/acl.h>
@@ -7,9 +7,9 @@
 
 namespace orvseal {
 
-qint64 modifiedTime(const struct stat& status)
+qint64 modifiedTime(const FileState& state)
 {
-    return nanosecondsOf(status.st_mtimespec);
+    return nanosecondsOf(state.st_mtimespec);
 }
 
 bool flushFile(int descriptor)

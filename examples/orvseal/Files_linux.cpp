@@ -1,4 +1,4 @@
-#include "System.h"
+#include "Files.h"
 
 #include <QByteArray>
 #include <QList>
@@ -8,9 +8,9 @@
 
 namespace orvseal {
 
-qint64 modifiedTime(const struct stat& status)
+qint64 modifiedTime(const FileState& state)
 {
-    return nanosecondsOf(status.st_mtim);
+    return nanosecondsOf(state.st_mtim);
 }
 
 bool flushFile(int)
