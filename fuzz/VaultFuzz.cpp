@@ -64,7 +64,7 @@ VaultHead headOf(int format)
 
 const VaultHead First = headOf(1);
 const VaultHead Second = headOf(2);
-const VaultKeys Keys = {Cipher(Orv::Core::Encryption::Aes128, QByteArray(16, 'k')), QByteArray(16, 'm')};
+const VaultKeys Keys = {Orv::Core::Encryption::Aes128, QByteArray(16, 'k'), QByteArray(16, 'm')};
 
 QByteArray encrypted(const QByteArray& plain)
 {
@@ -72,7 +72,7 @@ QByteArray encrypted(const QByteArray& plain)
     source->setData(plain);
     source->open(QIODevice::ReadOnly);
     QByteArray sealed;
-    Keys.cipher.run(Cipher::Encrypt, First.manifestIv, source,
+    Keys.run(VaultKeys::Encrypt, First.manifestIv, source,
         [&sealed](const char* data, qint64 size) { sealed.append(data, static_cast<int>(size)); });
     return sealed;
 }
@@ -82,13 +82,13 @@ void writeAuthentic(const VaultHead& head, const QByteArray& lines)
 {
     if (head.format == 1) {
         const QByteArray hash = QCryptographicHash::hash(lines, QCryptographicHash::Sha256).toHex();
-        writeFile(manifestPath(vaultDirectory(), head), encrypted("orvseal manifest 1 " + hash + '\n' + lines));
+        writeFile(head.manifestPath(vaultDirectory()), encrypted("orvseal manifest 1 " + hash + '\n' + lines));
         return;
     }
     const QByteArray rest = First.manifestIv + encrypted(lines);
     const QByteArray headHash = QCryptographicHash::hash(head.json, QCryptographicHash::Sha256);
     const QByteArray mac = QMessageAuthenticationCode::hash(headHash + rest, Keys.macKey, QCryptographicHash::Sha256);
-    writeFile(manifestPath(vaultDirectory(), head), mac + rest);
+    writeFile(head.manifestPath(vaultDirectory()), mac + rest);
 }
 
 Entries readEntries(const VaultHead& head)
@@ -120,7 +120,7 @@ void checkPaths(const Entries& entries)
             require(find(entries, entry.target)->type == Entry::File, "a hard link leads to a file of the vault");
         if (entry.type != Entry::File)
             continue;
-        const QString name = QFileInfo(sealedPath("/vault", entry)).absoluteFilePath();
+        const QString name = QFileInfo(entry.sealedPath("/vault")).absoluteFilePath();
         require(name == QDir::cleanPath(name) && QFileInfo(name).path() == QStringLiteral("/vault") + DataDirectory,
             "its data is in the vault");
         require(!sealedNames.contains(name), "its data is its own");
@@ -139,9 +139,9 @@ void checkLines(const VaultHead& head, const QByteArray& lines)
     checkPaths(*entries);
     if (head.format == 1)
         return;
-    Replacement manifest(manifestPath(vaultDirectory(), head));
+    NewFile manifest(temporaryName(head.manifestPath(vaultDirectory())));
     writeManifest(manifest, head, Keys, *entries);
-    manifest.commit();
+    manifest.replace(head.manifestPath(vaultDirectory()));
     require(readEntries(head).size() == entries->size(), "a manifest that is written again has as many entries");
 }
 
@@ -160,7 +160,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
         checkLines(Second, content);
     } else {
         const VaultHead& head = kind == 1 ? Second : First;
-        writeFile(manifestPath(vaultDirectory(), head), kind == 1 ? content : encrypted(content));
+        writeFile(head.manifestPath(vaultDirectory()), kind == 1 ? content : encrypted(content));
         require(!unlessRefused([&head] { return readEntries(head); }), "what is not authentic is refused");
     }
     return 0;

@@ -4,9 +4,6 @@
 
 #include <Orv/Core/Encryption/Algorithm.h>
 
-#include <QString>
-#include <QStringList>
-
 /// The commands. They throw if nothing could be done; single entries that fail are problems of the report.
 namespace orvseal {
 

@@ -11,13 +11,11 @@
 #include <QTextStream>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
-
-using Orv::Utility::SizeToString;
 
 namespace orvseal {
 
@@ -27,7 +25,7 @@ constexpr int LongestPassword = 64 * 1024; // bytes
 constexpr int BarWidth = 10;               // characters
 constexpr qint64 LineInterval = 5000;      // ms
 
-// For one entry, and behind the number of several
+// For one entry, and behind the number of several; in the order of Report::Note
 constexpr const char* NoteTexts[Report::NoteCount][2] = {
     {"the vault was incomplete, without a manifest; everything was sealed anew", ""},
     {"1 sealed file was missing or had a wrong size; its source was read again",
@@ -52,18 +50,11 @@ QByteArray typedPassword(const char* prompt)
     const auto restore = qScopeGuard([&before] { ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &before); });
 
     std::fputs(prompt, stderr);
-    QByteArray password;
-    for (char character = 0; password.size() < LongestPassword;) {
-        const ssize_t count = ::read(STDIN_FILENO, &character, 1);
-        stopIfInterrupted();
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0 || character == '\n')
-            break;
-        password += character;
-    }
+    QByteArray line(LongestPassword, '\0');
+    const bool isTyped = std::fgets(line.data(), line.size(), stdin) != nullptr;
+    stopIfInterrupted();
     std::fputs("\n", stderr); // the typed one had no echo either
-    return password;
+    return isTyped ? line.left(int(std::strcspn(line.constData(), "\n"))) : QByteArray();
 }
 
 QByteArray promptedPassword(bool confirmed)
@@ -87,12 +78,6 @@ QByteArray passwordOfFile(const QString& path)
     if (password.endsWith('\n'))
         password.chop(1);
     return password;
-}
-
-int terminalWidth() // characters
-{
-    winsize size = {};
-    return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }
 
 QString durationText(qint64 milliseconds) // as "00:01:30"
@@ -139,6 +124,7 @@ QString printable(const QString& text)
 
 QString sizeText(qint64 bytes)
 {
+    using Orv::Utility::SizeToString;
     return SizeToString(static_cast<unsigned long long>(bytes)).toString(SizeToString::Decimal);
 }
 
@@ -181,8 +167,6 @@ void Report::attempt(const QString& path, const std::function<void()>& work)
     stopIfInterrupted();
     try {
         work();
-    } catch (const Orv::Exception::Canceled&) {
-        throw;
     } catch (const FatalError&) {
         throw;
     } catch (const std::exception& failure) {
@@ -194,15 +178,22 @@ void Report::show()
 {
     static const bool hasTerminal = ::isatty(STDERR_FILENO) != 0;
     const double part = m_totalBytes > 0 ? std::min(1.0, double(m_bytes) / double(m_totalBytes)) : 0;
+    const QString left = durationText(part > 0 ? qint64(double(milliseconds()) * (1 - part) / part) : 0);
+    const QString text =
+        QString("%1 %2 %%3, %4 of %5, %6, %7")
+            .arg(m_activity, QString::number(int(part * 100)), part > 0 ? ", " + left + " left" : QString(),
+                QString::number(m_files), countText(m_totalFiles, "file"), sizeText(m_bytes), rateText());
     showProblems(false);
     if (hasTerminal) {
+        winsize size = {};
+        const int width = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
         const QString bar = '[' + QString(int(part * BarWidth), '#').leftJustified(BarWidth) + "] ";
         // One write that replaces the old text, against flicker; a line that wraps could not be replaced.
-        std::fprintf(stderr, "\r%s\x1b[K", qUtf8Printable((bar + progressText(part)).left(terminalWidth() - 1)));
+        std::fprintf(stderr, "\r%s\x1b[K", qUtf8Printable((bar + text).left(width - 1)));
         m_barShown = true;
     } else if (m_timer.elapsed() - m_lastLine >= LineInterval) {
         m_lastLine = m_timer.elapsed();
-        printError(progressText(part));
+        printError(text);
     }
 }
 
@@ -242,14 +233,6 @@ void Report::finish(const QString& done, const QString& details)
 QString Report::rateText() const
 {
     return sizeText(qint64(double(m_bytes) * 1000 / double(milliseconds()))) + "/s";
-}
-
-QString Report::progressText(double part) const
-{
-    const QString left = durationText(part > 0 ? qint64(double(milliseconds()) * (1 - part) / part) : 0);
-    return QString("%1 %2 %%3, %4 of %5, %6, %7")
-        .arg(m_activity, QString::number(int(part * 100)), part > 0 ? ", " + left + " left" : QString(),
-            QString::number(m_files), countText(m_totalFiles, "file"), sizeText(m_bytes), rateText());
 }
 
 } // namespace orvseal

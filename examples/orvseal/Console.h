@@ -1,8 +1,6 @@
 #pragma once
 
-#include <QByteArray>
 #include <QElapsedTimer>
-#include <QString>
 #include <QStringList>
 
 #include <array>
@@ -30,17 +28,8 @@ QByteArray obtainPassword(const QString& passwordFile, bool confirmed);
 /// Problems, notes and progress may come from any thread; only the thread that calls `show()` and `finish()` prints.
 class Report {
 public:
-    /// Remarks that are no problems; `finish()` prints how many entries each one concerns.
-    enum Note {
-        Incomplete, ///< the vault had no manifest
-        Damaged,    ///< a sealed file is missing or has a wrong size, so its source is sealed again
-        Attributes, ///< extended attributes are not kept
-        AccessList, ///< nor is an access control list
-        SetIdBits,  ///< nor is a set-user-ID or set-group-ID bit
-        Foreign,    ///< an entry could not be given to its owner
-        LeftOver,   ///< a sealed file of a run that was killed
-        NoteCount
-    };
+    /// Remarks that are no problems; `finish()` prints how many entries each one concerns. `NoteTexts` explains them.
+    enum Note { Incomplete, Damaged, Attributes, AccessList, SetIdBits, Foreign, LeftOver, NoteCount };
 
     /// Prints what is about to be done, for instance "sealing" and how much.
     void begin(const QString& activity, qint64 files, qint64 bytes);
@@ -50,9 +39,9 @@ public:
     void fileDone() { ++m_files; }
     /// An entry failed or was skipped. Goes to standard error and to the log.
     void problem(const QString& path, const QString& reason);
-    void count(Note note) { ++m_notes[note]; }
+    void count(Note note, bool applies = true) { m_notes[note] += applies ? 1 : 0; }
     /// Does the work on one entry and reports its failure as a problem, so that the command can continue with the next.
-    /// Exceptions that end the whole command, an interrupt and `FatalError`, pass through.
+    /// A `FatalError` passes through.
     void attempt(const QString& path, const std::function<void()>& work);
 
     /// Prints new problems, and the progress: as a bar on a terminal, else as a line every 5 s.
@@ -66,7 +55,6 @@ public:
     int exitStatus() const { return m_problems > 0 ? 1 : 0; }
 
 private:
-    QString progressText(double part) const;
     qint64 milliseconds() const { return qMax<qint64>(1, m_timer.elapsed()); }
     QString rateText() const;
 

@@ -2,8 +2,6 @@
 
 #include "Work.h"
 
-#include <QFileInfo>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -20,13 +18,6 @@ namespace {
 bool isZero(const char* begin, const char* end)
 {
     return *begin == 0 && std::memcmp(begin, begin + 1, std::size_t(end - begin - 1)) == 0;
-}
-
-/// Removes a file of that name: a run that was killed may have left one.
-QString temporaryName(const QString& path)
-{
-    QFile::remove(path + ".new");
-    return path + ".new";
 }
 
 } // namespace
@@ -114,6 +105,12 @@ FileState openToRead(QFile& file, const QString& prefix)
     return state;
 }
 
+QString temporaryName(const QString& path)
+{
+    QFile::remove(path + ".new");
+    return path + ".new";
+}
+
 NewFile::NewFile(const QString& path) : m_file(path)
 {
     if (!m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered)) {
@@ -197,20 +194,10 @@ void NewFile::refuse(const QString& reason) const
     fail<FatalError>("%1 cannot be written: %2", m_file.fileName(), reason);
 }
 
-Replacement::Replacement(const QString& path) : NewFile(temporaryName(path)), m_path(path)
-{
-}
-
-void Replacement::prepare()
-{
-    close();
-    flushDirectory(QFileInfo(m_path).path());
-}
-
-void Replacement::commit()
+void NewFile::replace(const QString& path)
 {
     std::error_code error;
-    fs::rename(nativePath(m_file.fileName()), nativePath(m_path), error);
+    fs::rename(nativePath(m_file.fileName()), nativePath(path), error);
     if (error)
         refuse(QString::fromStdString(error.message()));
     keep();

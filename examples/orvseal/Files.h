@@ -37,8 +37,11 @@ FileState stateOf(const QFile& file);
 /// the reason; `FatalError` if too many files are open. Does not follow a link, and does not wait for a pipe.
 FileState openToRead(QFile& file, const QString& prefix);
 
-/// A new file, which its destructor removes unless it was kept. Throws `FatalError`: its place and its name are ours,
-/// so the next file would fail as well.
+/// The name of a new version of the file `path`. Removes a file of that name: a run that was killed may have left one.
+QString temporaryName(const QString& path);
+
+/// A new file, which its destructor removes unless it was kept. Throws `FatalError` on failure: its place and its name
+/// are ours, so the next file would fail as well.
 class NewFile {
 public:
     /// Throws if something of that name exists.
@@ -58,28 +61,15 @@ public:
     /// Keeps the closed file under another name. Throws, but no `FatalError`, on failure, or if something of that name
     /// exists. Not thread-safe for names that may be the same.
     void keepAs(const QString& path);
+    /// Replaces the file `path` by the closed file, atomically. If this throws, either of them may be in place.
+    void replace(const QString& path);
 
-protected:
+private:
     [[noreturn]] void refuse(const QString& reason) const;
 
     QFile m_file;
-
-private:
     qint64 m_size = 0;
     bool m_kept = false;
-};
-
-/// A new version of the file `path`, which replaces it atomically.
-class Replacement : public NewFile {
-public:
-    explicit Replacement(const QString& path);
-    /// Closes the file and flushes everything that was written to its directory.
-    void prepare();
-    /// Replaces the old version. Call `prepare()` before. If this throws, either version may be in place.
-    void commit();
-
-private:
-    const QString m_path;
 };
 
 // Platform-specific functions, defined in Files_linux.cpp and Files_mac.cpp

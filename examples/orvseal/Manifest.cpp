@@ -6,13 +6,13 @@
 #include <Orv/Core/Encryption/Key.h>
 
 #include <QCryptographicHash>
-#include <QHash>
 #include <QJsonDocument>
 #include <QMessageAuthenticationCode>
 #include <QSet>
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <tuple>
 #include <vector>
 
@@ -24,6 +24,7 @@ namespace orvseal {
 namespace {
 
 constexpr char FirstFormatMagic[] = "orvseal manifest 1 ";
+constexpr char NotAuthentic[] = "wrong password, or a damaged manifest";
 constexpr int MacSize = 32; // bytes
 constexpr qint64 MillisecondsToNanoseconds = 1000000;
 constexpr qint64 SecondsToNanoseconds = 1000000000;
@@ -55,8 +56,8 @@ QByteArray toLine(const Entry& entry)
         object.insert("target", entry.target);
     if (entry.type == Entry::File) {
         object.insert("size", entry.size);
-        object.insert("iv", hexOf(entry.iv));
-        object.insert("treeHash", hexOf(entry.treeHash));
+        object.insert("iv", entry.iv.hex());
+        object.insert("treeHash", entry.treeHash.hex());
     }
     QByteArray line = QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
     line.replace("\xEF\xBB\xBF", "\\ufeff"); // readers drop a byte-order mark at the beginning of a string
@@ -204,11 +205,6 @@ private:
     Entries m_entries;
 };
 
-[[noreturn]] void refusePassword()
-{
-    fail<InvalidData>("wrong password, or a damaged manifest");
-}
-
 /// Throws unless the manifest was written with these keys and has not been changed. Leaves it where its IV begins.
 void requireAuthentic(QFile& manifest, const VaultHead& head, const VaultKeys& keys)
 {
@@ -218,17 +214,17 @@ void requireAuthentic(QFile& manifest, const VaultHead& head, const VaultKeys& k
     if (!mac.addData(&manifest) || manifest.error() != QFile::NoError)
         fail<InvalidData>("%1: %2", manifest.fileName(), manifest.errorString());
     if (mac.result() != expected || !manifest.seek(MacSize))
-        refusePassword();
+        fail<InvalidData>(NotAuthentic);
 }
 
 /// The lines of a manifest of format 1. Throws unless they have the hash in the first line.
-QByteArray firstFormatLines(const QSharedPointer<QFile>& manifest, const VaultHead& head, const Cipher& cipher)
+QByteArray firstFormatLines(const QSharedPointer<QFile>& manifest, const VaultHead& head, const VaultKeys& keys)
 {
     QByteArray text;
     try {
-        cipher.run(Cipher::Decrypt, head.manifestIv, manifest,
+        keys.run(VaultKeys::Decrypt, head.manifestIv, manifest,
             [&text](const char* data, qint64 size) { text.append(data, int(size)); });
-    } catch (const Orv::Exception::Canceled&) {
+    } catch (const FatalError&) { // a signal
         throw;
     } catch (const std::exception&) {
         text.clear(); // with a wrong key, the padding is nearly always wrong
@@ -238,7 +234,7 @@ QByteArray firstFormatLines(const QSharedPointer<QFile>& manifest, const VaultHe
     text.remove(0, firstSize);
     const QByteArray hash = QCryptographicHash::hash(text, QCryptographicHash::Sha256);
     if (firstLine != FirstFormatMagic + hash.toHex() + '\n')
-        refusePassword();
+        fail<InvalidData>(NotAuthentic);
     return text;
 }
 
@@ -278,7 +274,7 @@ const Entry* findFile(const Entries& entries, const QString& path)
 
 void completeHardLinks(Entries& part, const Entries& all, const Entries& others)
 {
-    QHash<QString, QString> replaced; // the path of a file that is only in `all`, and of the link that became it
+    std::map<QString, QString> replaced; // the path of a file that is only in `all`, and of the link that became it
     for (Entry& entry : part) {
         if (entry.type != Entry::HardLink)
             continue;
@@ -286,20 +282,14 @@ void completeHardLinks(Entries& part, const Entries& all, const Entries& others)
         const Entry* other = findFile(others, entry.target);
         if (findFile(part, entry.target) != nullptr || (other != nullptr && other->iv == file->iv))
             continue;
-        if (replaced.contains(entry.target)) {
-            entry.target = replaced[entry.target];
-        } else {
-            const QString path = entry.path;
-            replaced.insert(entry.target, path);
+        const QString path = entry.path;
+        const auto [replacement, isFirst] = replaced.emplace(entry.target, path);
+        if (isFirst)
             entry = *file;
-            entry.path = path;
-        }
+        else
+            entry.target = replacement->second;
+        entry.path = path;
     }
-}
-
-QString sealedPath(const QString& vault, const Entry& entry)
-{
-    return vault + DataDirectory + '/' + entry.nameInVault();
 }
 
 QStringList surplusNames(const QString& vault, const Entries& entries)
@@ -324,7 +314,7 @@ QStringList surplusNames(const QString& vault, const Entries& entries)
     return surplus;
 }
 
-void writeManifest(Replacement& file, const VaultHead& head, const VaultKeys& keys, const Entries& entries)
+void writeManifest(NewFile& file, const VaultHead& head, const VaultKeys& keys, const Entries& entries)
 {
     requireValid(entries, head.format);
     file.write(QByteArray(MacSize, 0).constData(), MacSize); // until it is known
@@ -338,27 +328,27 @@ void writeManifest(Replacement& file, const VaultHead& head, const VaultKeys& ke
         if (total > LargestManifest - LongestLine)
             fail<FatalError>("there are too many entries for one vault: it could not be read again");
     };
-    const QByteArray iv = keys.cipher.randomIv();
+    const QByteArray iv = keys.randomIv();
     append(iv.constData(), iv.size());
-    keys.cipher.run(Cipher::Encrypt, iv, QSharedPointer<EntryLines>::create(entries), append);
+    keys.run(VaultKeys::Encrypt, iv, QSharedPointer<EntryLines>::create(entries), append);
     file.rewrite(mac.result());
-    file.prepare();
+    file.close();
 }
 
 Entries readManifest(const QString& vault, const VaultHead& head, const VaultKeys& keys, const Entries& known)
 {
-    const auto manifest = QSharedPointer<QFile>::create(manifestPath(vault, head));
+    const auto manifest = QSharedPointer<QFile>::create(head.manifestPath(vault));
     if (openToRead(*manifest, manifest->fileName() + ": ").st_size > LargestManifest)
         fail<InvalidData>("%1 is damaged: it is too large", manifest->fileName());
     EntryReader reader(head, known);
     if (head.format == 1) {
-        const QByteArray lines = firstFormatLines(manifest, head, keys.cipher);
+        const QByteArray lines = firstFormatLines(manifest, head, keys);
         reader.addData(lines.constData(), lines.size());
     } else {
         requireAuthentic(*manifest, head, keys);
         const QByteArray iv = manifest->read(Key::ivLength(head.algorithm));
-        keys.cipher.run(
-            Cipher::Decrypt, iv, manifest, [&reader](const char* data, qint64 size) { reader.addData(data, size); });
+        keys.run(
+            VaultKeys::Decrypt, iv, manifest, [&reader](const char* data, qint64 size) { reader.addData(data, size); });
     }
     return reader.finish();
 }

@@ -3,22 +3,15 @@
 #include "Files.h"
 #include "Vault.h"
 
-#include <QByteArray>
-#include <QString>
-#include <QStringList>
-
 #include <algorithm>
 #include <array>
 #include <deque>
 
 /// The manifest: the list of what a vault contains.
 ///
-/// It is an HMAC-SHA-256, an IV, and encrypted lines of JSON, one for each entry. The HMAC is computed over the SHA-256
-/// of the head and everything in the manifest that follows the HMAC. It is checked before anything is decrypted, and
-/// tells a vault that can be trusted from a wrong password and from damage.
-///
-/// Format 1, which is read but no longer written, has the manifest's IV in its head, the SHA-256 of the lines in an
-/// extra first line instead of the HMAC, times in milliseconds, and names of sealed files that are not their IVs.
+/// It is authenticated before anything is decrypted. Format 1, which is read but no longer written, has the manifest's
+/// IV in its head, the SHA-256 of the lines in an extra first line instead of the HMAC, times in milliseconds, and
+/// names of sealed files that are not their IVs.
 namespace orvseal {
 
 /// Up to 16 bytes, stored in place. A QByteArray takes four times the memory, and there are two for each file.
@@ -31,6 +24,7 @@ public:
         std::copy_n(bytes.begin(), m_size, m_bytes.begin());
     }
     operator QByteArray() const { return QByteArray(m_bytes.data(), m_size); }
+    QString hex() const { return QByteArray(*this).toHex(); }
 
     bool isEmpty() const { return m_size == 0; }
     bool operator==(const ShortBytes& other) const { return m_size == other.m_size && m_bytes == other.m_bytes; }
@@ -62,8 +56,10 @@ struct Entry {
 
     /// Takes permissions, modification time, owner and group from the state of the source.
     void setAttributes(const FileState& state);
+    bool isUnsealed() const { return type == File && treeHash.isEmpty(); }
     /// The name of its sealed file.
-    QString nameInVault() const { return format1Name.isNull() ? hexOf(iv) : format1Name; }
+    QString nameInVault() const { return format1Name.isNull() ? iv.hex() : format1Name; }
+    QString sealedPath(const QString& vault) const { return vault + DataDirectory + '/' + nameInVault(); }
     /// Whether it has the same contents and attributes as `other`; the paths may differ.
     bool isSame(const Entry& other) const;
 };
@@ -84,13 +80,12 @@ const Entry* findFile(const Entries& entries, const QString& path);
 /// first link to such a file becomes that file, and the rest link to it.
 void completeHardLinks(Entries& part, const Entries& all, const Entries& others);
 
-QString sealedPath(const QString& vault, const Entry& entry);
 /// The names in the vault's data directory that belong to none of the entries.
 QStringList surplusNames(const QString& vault, const Entries& entries);
 
-/// Writes a manifest to `file`, which is then ready for `commit()`; everything in its directory is on the disk. Throws
-/// `Orv::Exception::InvalidData` if `readManifest` would refuse the entries.
-void writeManifest(Replacement& file, const VaultHead& head, const VaultKeys& keys, const Entries& entries);
+/// Writes a manifest to `file` and closes it. Throws `Orv::Exception::InvalidData` if `readManifest` would refuse the
+/// entries.
+void writeManifest(NewFile& file, const VaultHead& head, const VaultKeys& keys, const Entries& entries);
 /// Throws `Orv::Exception::InvalidData` if the manifest is damaged, the password is wrong, or an entry could be
 /// restored outside the target directory. To save memory, paths that are also in `known` share its strings.
 Entries readManifest(const QString& vault, const VaultHead& head, const VaultKeys& keys, const Entries& known = {});

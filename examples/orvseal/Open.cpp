@@ -24,7 +24,7 @@ constexpr qint64 MostBytes = qint64(1) << 53;
 /// A vault whose manifest is authentic.
 struct OpenedVault {
     QString path;
-    Cipher cipher;
+    VaultKeys keys;
     Entries entries;
 };
 
@@ -33,7 +33,7 @@ OpenedVault unlock(const QString& path, const Options& options)
     const VaultHead head = readHead(path);
     requireManifest(path, head);
     const VaultKeys keys = makeKeys(head, obtainPassword(options.passwordFile, false));
-    return {path, keys.cipher, readManifest(path, head, keys)};
+    return {path, keys, readManifest(path, head, keys)};
 }
 
 /// Keeps only the entries of these paths, their content, and the directories above them.
@@ -99,13 +99,6 @@ void reportSurplus(const OpenedVault& vault, Report& report)
     }
 }
 
-void requireEmptyDirectory(const QString& path)
-{
-    std::error_code error;
-    if (!fs::is_directory(nativePath(path), error) || !fs::is_empty(nativePath(path), error) || error)
-        fail("%1 exists and is not an empty directory", path);
-}
-
 /// Changes owner and group, also of a link itself. Returns whether they are these now.
 bool setOwner(const QString& path, qint64 owner, qint64 group)
 {
@@ -142,7 +135,7 @@ public:
     {
         const QString partPath = m_parts.filePath(entry.nameInVault());
         NewFile part(partPath);
-        unseal(entry, m_vault.path, m_vault.cipher, m_report,
+        unseal(entry, m_vault.path, m_vault.keys, m_report,
             [&part](const char* data, qint64 size) { part.writeSparse(data, size); });
         part.close();
         setAttributes(entry, partPath);
@@ -183,8 +176,8 @@ private:
     void setAttributes(const Entry& entry, const QString& place)
     {
         // First the owner: changing it may change the permissions.
-        if (entry.owner != Entry::Nobody && !setOwner(place, entry.owner, entry.group))
-            m_report.count(Report::Foreign);
+        const bool hasOwner = entry.owner != Entry::Nobody;
+        m_report.count(Report::Foreign, hasOwner && !setOwner(place, entry.owner, entry.group));
         if (!Orv::Utility::FileInfo::setLastModified(place, std::chrono::nanoseconds(entry.modified), false))
             fail("its modification time cannot be set: %1", qt_error_string(errno));
         if (entry.type != Entry::Link && ::chmod(nativePath(place).c_str(), mode_t(entry.permissions)) != 0)
@@ -225,10 +218,11 @@ void openVault(
     if (!paths.isEmpty())
         select(vault, paths, report);
     requireOutside(target, vaultPath);
-    if (exists(target))
-        requireEmptyDirectory(target);
-    else
+    std::error_code error;
+    if (!exists(target))
         makeDirectory(target);
+    else if (!fs::is_directory(nativePath(target), error) || !fs::is_empty(nativePath(target), error) || error)
+        fail("%1 exists and is not an empty directory", target);
     Restoration restoration(vault, target, report);
     restoration.makeDirectories();
     unsealAll(vault, "opening", options.jobs, report, [&](const Entry& entry) { restoration.putFile(entry); });
@@ -241,7 +235,7 @@ void verifyVault(const QString& vaultPath, const Options& options, Report& repor
 {
     const OpenedVault vault = unlock(vaultPath, options);
     unsealAll(vault, "verifying", options.jobs, report,
-        [&](const Entry& entry) { unseal(entry, vault.path, vault.cipher, report, [](const char*, qint64) {}); });
+        [&](const Entry& entry) { unseal(entry, vault.path, vault.keys, report, [](const char*, qint64) {}); });
     reportSurplus(vault, report);
     report.finish("verified");
 }

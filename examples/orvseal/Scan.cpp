@@ -121,12 +121,9 @@ private:
                 m_ids.emplace(path, FileId(state.st_dev, state.st_ino));
         }
         const Extras extras = extrasOf(nativePath(place).c_str());
-        if (extras.attributes)
-            m_report.count(Report::Attributes);
-        if (extras.accessList)
-            m_report.count(Report::AccessList);
-        if ((state.st_mode & (S_ISUID | S_ISGID)) != 0)
-            m_report.count(Report::SetIdBits);
+        m_report.count(Report::Attributes, extras.attributes);
+        m_report.count(Report::AccessList, extras.accessList);
+        m_report.count(Report::SetIdBits, (state.st_mode & (S_ISUID | S_ISGID)) != 0);
         return entry;
     }
 

@@ -1,15 +1,18 @@
 #include "Commands.h"
 #include "Scan.h"
 #include "SealedFile.h"
-#include "Update.h"
 #include "Work.h"
 
 #include <QFileInfo>
+#include <QLockFile>
 
 #include <future>
 #include <numeric>
+#include <optional>
 
 using Orv::Core::Encryption::Algorithm;
+
+namespace fs = std::filesystem;
 
 namespace orvseal {
 
@@ -18,6 +21,151 @@ namespace {
 constexpr std::size_t LargestGroup = 8;    // files; the library encrypts as many at a time
 constexpr int DefaultIterations = 1300000; // about half a second; OWASP's advice for PBKDF2-HMAC-SHA1
 
+/// Writes to a vault, locked against other runs. Unless the update is finished, its destructor leaves the vault as it
+/// was before: complete, or an empty directory, or nothing.
+class Update {
+public:
+    Update(const QString& vault, Report& report) : m_path(vault), m_report(report), m_lock(vault + LockFile) { }
+    ~Update()
+    {
+        try {
+            undo();
+        } catch (const std::exception& failure) {
+            m_report.problem(m_path, QString::fromUtf8(failure.what()));
+        }
+    }
+    Update(const Update&) = delete;
+    Update& operator=(const Update&) = delete;
+
+    /// Locks the vault, and creates its directory if it does not exist. Throws if it is neither a vault nor empty.
+    /// Returns the head of a complete vault; nothing if the vault is new or was never finished.
+    const std::optional<VaultHead>& open()
+    {
+        m_isNewDirectory = !exists(m_path);
+        if (m_isNewDirectory)
+            makeDirectory(m_path);
+        lock();
+        m_hasHead = exists(m_path + HeadFile);
+        if (m_hasHead) {
+            const VaultHead head = readHead(m_path);
+            if (exists(head.manifestPath(m_path))) {
+                requireManifest(m_path, head); // and "data"
+                m_oldHead = head;
+            }
+            return m_oldHead;
+        }
+        for (const auto& item : fs::directory_iterator(nativePath(m_path))) {
+            if (item.path().filename() != "lock" && item.path().filename() != "vault.json.new")
+                fail("%1 exists and is neither a vault nor an empty directory", m_path);
+        }
+        return m_oldHead;
+    }
+
+    /// Reads and returns the content of a complete vault; nothing of any other. For `known` see `readManifest`.
+    const Entries& readBefore(const VaultKeys& oldKeys, const Entries& known)
+    {
+        if (m_oldHead)
+            m_before = readManifest(m_path, *m_oldHead, oldKeys, known);
+        return m_before;
+    }
+
+    /// Allows sealed files to be written. Unless the vault is complete, writes the new head first, and removes
+    /// everything that an interrupted run has left.
+    void begin(const VaultHead& newHead)
+    {
+        m_hasBegun = true;
+        if (m_oldHead)
+            return;
+        m_report.count(Report::Incomplete, m_hasHead);
+        writeHead(m_path, newHead);
+        if (!exists(m_path + DataDirectory))
+            makeDirectory(m_path + DataDirectory);
+        else if (typeOf(m_path + DataDirectory) != fs::file_type::directory)
+            fail("\"data\" in %1 is not a directory", m_path);
+        removeSurplus(newHead, m_before);
+    }
+
+    /// Makes `entries` the content of the vault, and removes the sealed files that they do not need any more. If
+    /// nothing has changed, only the latter.
+    void finish(const VaultHead& head, const VaultKeys& keys, const Entries& entries, bool hasChanged)
+    {
+        if (hasChanged) {
+            NewFile manifest(temporaryName(head.manifestPath(m_path)));
+            writeManifest(manifest, head, keys, entries);
+            flushDirectory(m_path);
+            m_hasBegun = false; // a rename that fails may have been done, so nothing may be removed any more
+            manifest.replace(head.manifestPath(m_path));
+            if (m_oldHead && m_oldHead->json != head.json)
+                writeHead(m_path, head); // which names the new manifest
+            flushDirectory(m_path);
+        }
+        m_hasBegun = false;
+        m_isNewDirectory = false;
+        removeSurplus(head, entries);
+    }
+
+private:
+    void lock()
+    {
+        constexpr std::uintmax_t LargestLock = 4096; // bytes; QLockFile reads all of it
+        const QString name = m_path + LockFile;
+        const fs::path path = nativePath(name);
+        std::error_code error;
+        if (exists(name) && (typeOf(name) != fs::file_type::regular || fs::file_size(path, error) > LargestLock))
+            fail("%1 is not a lock file of orvseal", name);
+        m_lock.setStaleLockTime(0); // a run may take days; a process that has ended is known by its number
+        if (m_lock.tryLock(0))
+            return;
+        // A run that was killed just after it had created its lock left it empty, without a number. The lock of a run
+        // that still goes on is not removed: the system keeps it locked.
+        const auto isEmpty = [&] { return fs::file_size(path, error) == 0; };
+        constexpr int WritingTime = 100; // ms, more than enough for a run to write its lock
+        if (isEmpty() &&
+            (m_lock.tryLock(WritingTime) || (isEmpty() && m_lock.removeStaleLockFile() && m_lock.tryLock(0))))
+            return;
+        if (m_lock.error() == QLockFile::LockFailedError)
+            fail("another run is writing to %1; if there is none, remove %2", m_path, name);
+        fail("%1 is not a directory, or cannot be written", m_path);
+    }
+
+    /// Removes sealed files that no entry needs, and manifests that the head does not name.
+    void removeSurplus(const VaultHead& head, const Entries& entries)
+    {
+        for (const QString& name : ManifestNames) {
+            if (name != head.manifestName)
+                QFile::remove(m_path + '/' + name);
+        }
+        for (const QString& name : surplusNames(m_path, entries)) {
+            if (isSealedName(name) && !QFile::remove(m_path + DataDirectory + '/' + name))
+                m_report.problem("data/" + name, "it cannot be removed");
+        }
+    }
+
+    void undo()
+    {
+        std::error_code ignored;
+        if (m_hasBegun && typeOf(m_path + DataDirectory) == fs::file_type::directory) {
+            removeSurplus(m_oldHead.value_or(VaultHead()), m_before);
+            if (!m_oldHead)
+                fs::remove(nativePath(m_path + DataDirectory), ignored); // only if it is empty
+        }
+        if (m_hasBegun && !m_oldHead)
+            QFile::remove(m_path + HeadFile);
+        m_lock.unlock();
+        if (m_isNewDirectory)
+            fs::remove(nativePath(m_path), ignored);
+    }
+
+    const QString m_path;
+    Report& m_report;
+    QLockFile m_lock;
+    bool m_isNewDirectory = false;
+    bool m_hasHead = false;
+    std::optional<VaultHead> m_oldHead;
+    Entries m_before;
+    bool m_hasBegun = false; // and is not finished
+};
+
 /// A complete vault of the newest format keeps its head, and one of format 1 its algorithm.
 VaultHead headFor(const QString& vault, const std::optional<VaultHead>& old, const Options& options)
 {
@@ -25,7 +173,7 @@ VaultHead headFor(const QString& vault, const std::optional<VaultHead>& old, con
     if (!old || old->format == 1) {
         const Algorithm before = old ? old->algorithm : Orv::Core::Encryption::Aes256;
         return makeHead(hasAlgorithm ? options.algorithm : before,
-            options.iterations > 0 ? options.iterations : DefaultIterations, manifestNames()[old ? 1 : 0]);
+            options.iterations > 0 ? options.iterations : DefaultIterations, ManifestNames[old ? 1 : 0]);
     }
     if (hasAlgorithm && options.algorithm != old->algorithm)
         fail("%1 exists, with another algorithm", vault);
@@ -34,23 +182,17 @@ VaultHead headFor(const QString& vault, const std::optional<VaultHead>& old, con
     return *old;
 }
 
-bool isUnsealed(const Entry& entry)
-{
-    return entry.type == Entry::File && entry.treeHash.isEmpty();
-}
-
 /// Unchanged files keep their sealed files, unless `sealAll` or these are missing or have a wrong size. Gives the
 /// others new IVs, and returns them.
 std::vector<Entry*> filesToSeal(
-    const QString& vault, const Entries& before, Entries& entries, bool sealAll, const Cipher& cipher, Report& report)
+    const QString& vault, const Entries& before, Entries& entries, bool sealAll, const VaultKeys& keys, Report& report)
 {
     const auto isWhole = [&](const Entry& entry) {
         std::error_code error;
-        const auto size = std::filesystem::file_size(nativePath(sealedPath(vault, entry)), error);
-        if (!error && qint64(size) == cipher.sealedSize(entry.size))
-            return true;
-        report.count(Report::Damaged);
-        return false;
+        const auto size = fs::file_size(nativePath(entry.sealedPath(vault)), error);
+        const bool isGood = !error && qint64(size) == keys.sealedSize(entry.size);
+        report.count(Report::Damaged, !isGood);
+        return isGood;
     };
     std::vector<Entry*> files;
     for (Entry& entry : entries) {
@@ -61,7 +203,7 @@ std::vector<Entry*> filesToSeal(
             entry.iv = old->iv;
             entry.treeHash = old->treeHash;
         } else {
-            entry.iv = cipher.randomIv();
+            entry.iv = keys.randomIv();
             files.push_back(&entry);
         }
     }
@@ -83,20 +225,17 @@ bool hasFailed(const QString& path, const std::set<QString>& failed)
 Entries keepOldVersions(ScanResult& found, const Entries& before, Report& report)
 {
     auto& [entries, failed] = found;
-    for (const Entry& entry : entries) {
-        if (isUnsealed(entry))
-            failed.insert(entry.path);
-    }
-    for (const Entry& entry : entries) {
-        if (entry.type == Entry::HardLink && failed.count(entry.target) > 0) {
+    for (const Entry& entry : entries) { // a file before its hard links
+        const bool isBroken = entry.type == Entry::HardLink && failed.count(entry.target) > 0;
+        if (isBroken)
             report.problem(entry.path, QString("hard link to %1, which could not be sealed").arg(entry.target));
+        if (isBroken || entry.isUnsealed())
             failed.insert(entry.path);
-        }
     }
     if (failed.empty())
         return {};
     const auto isMissing = [&failed = failed](const Entry& entry) {
-        return isUnsealed(entry) || (entry.type == Entry::HardLink && failed.count(entry.path) > 0);
+        return entry.isUnsealed() || (entry.type == Entry::HardLink && failed.count(entry.path) > 0);
     };
     entries.erase(std::remove_if(entries.begin(), entries.end(), isMissing), entries.end());
     Entries kept;
@@ -150,8 +289,10 @@ void sealDirectory(const QString& source, const QString& vault, const Options& o
 {
     if (!QFileInfo(source).isDir())
         fail("%1 is not a directory", source);
-    Update update(vault, source, report);
-    const std::optional<VaultHead>& oldHead = update.oldHead();
+    requireOutside(vault, source);
+    requireOutside(source, vault);
+    Update update(vault, report);
+    const std::optional<VaultHead>& oldHead = update.open();
     const VaultHead head = headFor(vault, oldHead, options);
     const bool keepsKey = oldHead && head.json == oldHead->json;
 
@@ -164,13 +305,13 @@ void sealDirectory(const QString& source, const QString& vault, const Options& o
     const Entries& before = update.readBefore(oldKeys, found.entries);
 
     const std::vector<Entry*> files =
-        filesToSeal(vault, before, found.entries, options.force || !keepsKey, keys.cipher, report);
+        filesToSeal(vault, before, found.entries, options.force || !keepsKey, keys, report);
     const qint64 bytes = std::accumulate(
         files.begin(), files.end(), qint64(0), [](qint64 sum, const Entry* file) { return sum + file->size; });
     report.begin("sealing", qint64(files.size()), bytes);
     update.begin(head);
     const auto groups = groupsOf(files, bytes, options.jobs);
-    const auto sealGroup = [&](std::size_t index) { sealTogether(groups[index], source, vault, keys.cipher, report); };
+    const auto sealGroup = [&](std::size_t index) { sealTogether(groups[index], source, vault, keys, report); };
     forEachIndex(groups.size(), options.jobs, sealGroup, [&report] { report.show(); });
 
     const Entries kept = keepOldVersions(found, before, report);

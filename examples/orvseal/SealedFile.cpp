@@ -43,10 +43,10 @@ class SealedFile {
 public:
     static constexpr int ChunkSize = 64 * 1024; // bytes; the chunks of a group fit into the processor's cache
 
-    SealedFile(const QString& sourcePath, const QString& vault, const Cipher& cipher, Entry& entry)
+    SealedFile(const QString& sourcePath, const QString& vault, const VaultKeys& keys, Entry& entry)
         : m_entry(entry), m_source(QSharedPointer<HashingFile>::create(sourcePath)),
           m_before(openToRead(*m_source, QString())), // the scan may have been long ago
-          m_sealed(sealedPath(vault, entry)), m_encryptor(cipher.makeEncryptor(Cipher::Encrypt, entry.iv, m_source)),
+          m_sealed(entry.sealedPath(vault)), m_encryptor(keys.makeEncryptor(VaultKeys::Encrypt, entry.iv, m_source)),
           m_chunk(ChunkSize, Qt::Uninitialized)
     {
     }
@@ -96,13 +96,13 @@ private:
 
 } // namespace
 
-void sealTogether(
-    const std::vector<Entry*>& group, const QString& source, const QString& vault, const Cipher& cipher, Report& report)
+void sealTogether(const std::vector<Entry*>& group, const QString& source, const QString& vault, const VaultKeys& keys,
+    Report& report)
 {
     std::vector<std::unique_ptr<SealedFile>> files;
     for (Entry* entry : group) {
         report.attempt(entry->path,
-            [&] { files.push_back(std::make_unique<SealedFile>(source + '/' + entry->path, vault, cipher, *entry)); });
+            [&] { files.push_back(std::make_unique<SealedFile>(source + '/' + entry->path, vault, keys, *entry)); });
     }
     while (!files.empty()) {
         QVector<EncryptorBase*> encryptors;
@@ -112,32 +112,33 @@ void sealTogether(
             chunks.append(file->chunk());
         }
         const QVector<qint64> sizes = EncryptorBase::readTogether(encryptors, chunks, SealedFile::ChunkSize);
-        std::size_t going = 0;
+        std::size_t unfinished = 0;
         for (std::size_t i = 0; i < files.size(); ++i) {
-            bool isGoing = false; // not after a failure either
-            report.attempt(files[i]->path(), [&] { isGoing = files[i]->store(sizes[int(i)], report); });
-            if (isGoing)
-                std::swap(files[going++], files[i]);
+            bool isUnfinished = false; // not after a failure either
+            report.attempt(files[i]->path(), [&] { isUnfinished = files[i]->store(sizes[int(i)], report); });
+            if (isUnfinished)
+                std::swap(files[unfinished++], files[i]);
         }
-        files.resize(going);
+        files.resize(unfinished);
     }
 }
 
-void unseal(const Entry& entry, const QString& vault, const Cipher& cipher, Report& report, const Cipher::Sink& sink)
+void unseal(
+    const Entry& entry, const QString& vault, const VaultKeys& keys, Report& report, const VaultKeys::Sink& sink)
 {
-    const auto sealed = QSharedPointer<QFile>::create(sealedPath(vault, entry));
+    const auto sealed = QSharedPointer<QFile>::create(entry.sealedPath(vault));
     const QString name = entry.nameInVault();
     std::error_code ignored; // opening the file then gives the reason
     if (fs::symlink_status(nativePath(sealed->fileName()), ignored).type() == fs::file_type::not_found)
         fail<InvalidData>("damaged: its sealed file %1 is missing", name);
-    if (openToRead(*sealed, "its sealed file " + name + ": ").st_size != cipher.sealedSize(entry.size))
+    if (openToRead(*sealed, "its sealed file " + name + ": ").st_size != keys.sealedSize(entry.size))
         fail<InvalidData>("damaged: its sealed file %1 has a wrong size", name);
 
     bool isPadded = true;
     qint64 count = 0;
     TreeHash hash;
     try {
-        cipher.run(Cipher::Decrypt, entry.iv, sealed, [&](const char* data, qint64 size) {
+        keys.run(VaultKeys::Decrypt, entry.iv, sealed, [&](const char* data, qint64 size) {
             hash.addData(data, size);
             count += size;
             report.advance(size);

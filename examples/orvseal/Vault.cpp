@@ -12,7 +12,7 @@
 #include <future>
 #include <limits>
 
-using Orv::Core::Encryption::Key;
+using namespace Orv::Core::Encryption;
 using Orv::Exception::InvalidData;
 
 namespace orvseal {
@@ -26,11 +26,6 @@ constexpr int FirstFormatSaltSize = 8;    // bytes
 constexpr qint64 LargestHead = 64 * 1024; // bytes; heads may come from untrusted sources
 
 } // namespace
-
-QString hexOf(const QByteArray& bytes)
-{
-    return QString::fromLatin1(bytes.toHex());
-}
 
 StrictObject::StrictObject(const QByteArray& json, const QString& source) : m_source(source)
 {
@@ -68,17 +63,6 @@ QByteArray StrictObject::bytes(const char* name, int size) const
     return value;
 }
 
-QString manifestPath(const QString& vault, const VaultHead& head)
-{
-    return vault + '/' + head.manifestName;
-}
-
-const QStringList& manifestNames()
-{
-    static const QStringList names = {"manifest", "manifest-2"};
-    return names;
-}
-
 bool isVaultName(const QString& name)
 {
     static const QRegularExpression form("\\A((vault\\.json|manifest|manifest-2)(\\.new)?|data|lock)\\z");
@@ -91,7 +75,7 @@ bool isSealedName(const QString& name)
     return form.match(name).hasMatch();
 }
 
-VaultHead makeHead(Orv::Core::Encryption::Algorithm algorithm, int iterations, const QString& manifestName)
+VaultHead makeHead(Algorithm algorithm, int iterations, const QString& manifestName)
 {
     VaultHead head;
     head.format = NewestFormat;
@@ -104,8 +88,8 @@ VaultHead makeHead(Orv::Core::Encryption::Algorithm algorithm, int iterations, c
         {"format", head.format},
         {"algorithm", Key::name(algorithm)},
         {"keyLength", Key::length(algorithm)},
-        {"salt", hexOf(head.salt)},
-        {"macSalt", hexOf(head.macSalt)},
+        {"salt", QString(head.salt.toHex())},
+        {"macSalt", QString(head.macSalt.toHex())},
         {"iterations", iterations},
         {"manifest", manifestName},
     };
@@ -115,10 +99,11 @@ VaultHead makeHead(Orv::Core::Encryption::Algorithm algorithm, int iterations, c
 
 void writeHead(const QString& vault, const VaultHead& head)
 {
-    Replacement file(vault + HeadFile);
+    NewFile file(temporaryName(vault + HeadFile));
     file.write(head.json.constData(), head.json.size());
-    file.prepare();
-    file.commit();
+    file.close();
+    flushDirectory(vault);
+    file.replace(vault + HeadFile);
 }
 
 VaultHead readHead(const QString& vault)
@@ -137,24 +122,24 @@ VaultHead readHead(const QString& vault)
     if (head.format > NewestFormat)
         fail<InvalidData>("%1: its format is newer than this program", vault);
     head.algorithm = Key::algorithmFromName(object.text("algorithm"), int(object.number("keyLength", 1, 1024)));
-    object.require(head.algorithm != Orv::Core::Encryption::None, "algorithm");
+    object.require(head.algorithm != None, "algorithm");
     head.salt = object.bytes("salt", head.format == 1 ? FirstFormatSaltSize : SaltSize);
     head.iterations = int(object.number("iterations", 1, MostIterations));
     if (head.format == 1) {
-        head.manifestName = manifestNames().constFirst();
+        head.manifestName = ManifestNames.first();
         head.manifestIv = object.bytes("manifestIv", Key::ivLength(head.algorithm));
     } else {
         head.macSalt = object.bytes("macSalt", SaltSize);
         object.require(head.macSalt != head.salt, "macSalt");
         head.manifestName = object.text("manifest");
-        object.require(manifestNames().contains(head.manifestName), "manifest");
+        object.require(ManifestNames.contains(head.manifestName), "manifest");
     }
     return head;
 }
 
 void requireManifest(const QString& vault, const VaultHead& head)
 {
-    if (!exists(manifestPath(vault, head)))
+    if (!exists(head.manifestPath(vault)))
         fail<InvalidData>(
             "%1 is incomplete: it has no manifest, because sealing was not finished; \"orvseal seal\" with "
             "the same directory finishes it",
@@ -165,14 +150,59 @@ void requireManifest(const QString& vault, const VaultHead& head)
 
 VaultKeys makeKeys(const VaultHead& head, const QByteArray& password)
 {
-    const auto derive = [&](Orv::Core::Encryption::Algorithm algorithm, const QByteArray& salt) {
+    const auto derive = [&](Algorithm algorithm, const QByteArray& salt) {
         return Key::generateAdvanced(algorithm, password, salt, head.iterations);
     };
     std::future<QByteArray> macKey; // derived on a thread of its own, if one can be started
     if (head.format > 1)
-        macKey = std::async([&] { return derive(Orv::Core::Encryption::Aes128, head.macSalt); }); // 16 bytes
-    Cipher cipher(head.algorithm, derive(head.algorithm, head.salt));
-    return {std::move(cipher), macKey.valid() ? macKey.get() : QByteArray()};
+        macKey = std::async([&] { return derive(Aes128, head.macSalt); }); // 16 bytes
+    const QByteArray key = derive(head.algorithm, head.salt);
+    return {head.algorithm, key, macKey.valid() ? macKey.get() : QByteArray()};
+}
+
+QByteArray VaultKeys::randomIv() const
+{
+    return Key::random(Key::ivLength(algorithm));
+}
+
+qint64 VaultKeys::sealedSize(qint64 plainSize) const
+{
+    const qint64 blockSize = Key::ivLength(algorithm);
+    return (plainSize / blockSize + 1) * blockSize;
+}
+
+std::unique_ptr<EncryptorBase> VaultKeys::makeEncryptor(
+    Direction direction, const QByteArray& iv, const QSharedPointer<QIODevice>& source) const
+{
+    std::unique_ptr<EncryptorBase> encryptor(EncryptorBase::create(algorithm, direction == Encrypt, Cbc));
+    encryptor->setKey(key);
+    encryptor->setIv(iv);
+    encryptor->setSource(source);
+    encryptor->init();
+    return encryptor;
+}
+
+void VaultKeys::run(
+    Direction direction, const QByteArray& iv, const QSharedPointer<QIODevice>& source, const Sink& sink) const
+{
+    const std::unique_ptr<EncryptorBase> encryptor = makeEncryptor(direction, iv, source);
+    constexpr int ChunkSize = 256 * 1024; // bytes; one for each job
+    QByteArray chunk(ChunkSize, Qt::Uninitialized);
+    while (!encryptor->atEnd()) {
+        stopIfInterrupted();
+        const qint64 size = encryptor->readData(chunk.data(), chunk.size());
+        requireRead(*encryptor, *source, size);
+        sink(chunk.constData(), size);
+    }
+}
+
+void requireRead(const EncryptorBase& encryptor, const QIODevice& source, qint64 size)
+{
+    if (encryptor.sourceFailed())
+        throw Orv::Exception::Base(source.errorString());
+    // A file returns as much as is requested until its end, so an empty read before the end is no pause.
+    if (size == 0 && !encryptor.atEnd())
+        fail("it became shorter while it was read");
 }
 
 } // namespace orvseal

@@ -1,22 +1,19 @@
 #pragma once
 
-#include "Cipher.h"
+#include <Orv/Core/Encryption/EncryptorBase.h>
 
-#include <QByteArray>
+#include <QIODevice>
 #include <QJsonObject>
-#include <QString>
+#include <QSharedPointer>
 #include <QStringList>
+
+#include <functional>
+#include <memory>
 
 /// A vault's directory, its head and its keys.
 ///
-/// A vault is a directory that contains
-/// - "vault.json", the head: what is needed to derive the keys from the password, in plain text;
-/// - "manifest": the encrypted list of entries, see Manifest.h. It is written last: without it, a vault is incomplete;
-/// - "data": a directory with one sealed file for each source file, named by its IV;
-/// - "lock", while a run writes to the vault.
-///
-/// docs/orvseal.md describes every byte. Everything that is read from a vault is checked before it is used: a vault may
-/// come from anywhere.
+/// docs/orvseal.md describes every byte. The manifest is written last: without it, a vault is incomplete. Everything
+/// that is read from a vault is checked before it is used: a vault may come from anywhere.
 namespace orvseal {
 
 constexpr int MostIterations = 2000000; ///< takes a second or two; vaults that want more are refused
@@ -30,19 +27,41 @@ struct VaultHead {
     QString manifestName;
     QByteArray manifestIv; ///< format 1
     QByteArray json;       ///< the head as it is stored
+
+    QString manifestPath(const QString& vault) const { return vault + '/' + manifestName; }
 };
 
+/// The keys of a vault, and encryption with them, in which each stream has an IV of its own. Thread-safe.
 struct VaultKeys {
-    Cipher cipher;
+    using Sink = std::function<void(const char* data, qint64 size)>;
+    enum Direction { Decrypt, Encrypt };
+
+    Orv::Core::Encryption::Algorithm algorithm;
+    QByteArray key;
     QByteArray macKey; ///< format 2
+
+    QByteArray randomIv() const;
+    /// The encrypted size of `plainSize` bytes: the padding fills the last block, or is a whole one.
+    qint64 sealedSize(qint64 plainSize) const;
+    /// An encryptor of `source` that is ready to be read.
+    std::unique_ptr<Orv::Core::Encryption::EncryptorBase> makeEncryptor(
+        Direction direction, const QByteArray& iv, const QSharedPointer<QIODevice>& source) const;
+    /// Encrypts or decrypts all of `source` and passes the result to `sink` in chunks. Throws what the library and the
+    /// sink throw, and if the source fails or a signal has been received.
+    void run(
+        Direction direction, const QByteArray& iv, const QSharedPointer<QIODevice>& source, const Sink& sink) const;
 };
+
+/// Checks the last read of `encryptor`, which returned `size` bytes. Throws if its source, a file, failed or became
+/// shorter.
+void requireRead(const Orv::Core::Encryption::EncryptorBase& encryptor, const QIODevice& source, qint64 size);
 
 // The fixed names in a vault's directory, to be appended to its path
 constexpr char HeadFile[] = "/vault.json";
 constexpr char DataDirectory[] = "/data";
 constexpr char LockFile[] = "/lock";
-
-QString hexOf(const QByteArray& bytes);
+/// An update of format 1 writes the second one beside the first, until the new head is in place.
+inline const QStringList ManifestNames = {"manifest", "manifest-2"};
 
 /// Reads the members of a JSON object. Throws `Orv::Exception::InvalidData` if one is missing or invalid.
 class StrictObject {
@@ -61,10 +80,6 @@ private:
     QJsonObject m_object;
 };
 
-QString manifestPath(const QString& vault, const VaultHead& head);
-/// The names that a manifest can have. An update of format 1 writes the second one beside the first, until the new head
-/// is in place.
-const QStringList& manifestNames();
 /// Whether orvseal creates files of that name in a vault, or in its data directory.
 bool isVaultName(const QString& name);
 bool isSealedName(const QString& name);

@@ -42,7 +42,7 @@ int interruptSignal()
 void stopIfInterrupted()
 {
     if (receivedSignal != 0)
-        fail<Orv::Exception::Canceled>("interrupted");
+        fail<FatalError>("interrupted");
 }
 
 void forEachIndex(

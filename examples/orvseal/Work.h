@@ -9,7 +9,8 @@
 
 namespace orvseal {
 
-/// The whole command cannot continue, for instance because the disk is full. All other exceptions concern one entry.
+/// The whole command ends, for instance because the disk is full or after a signal. All other exceptions concern one
+/// entry.
 class FatalError : public Orv::Exception::Base {
 public:
     using Base::Base;
@@ -30,7 +31,7 @@ template <class Exception = Orv::Exception::Base, class... Arguments>
 void catchInterrupts();
 /// The signal that was received, or 0.
 int interruptSignal();
-/// Throws `Orv::Exception::Canceled` after a signal. Called between chunks and between entries.
+/// Throws `FatalError` after a signal. Called between chunks and between entries.
 void stopIfInterrupted();
 
 /// Calls `task` with 0 to `count` - 1 on `jobs` threads, and `idle` on the calling thread several times a second. Uses

@@ -56,12 +56,8 @@ disk is full, or standard output cannot be written; 129, 130 or 143, interrupted
 2 or more, "seal" leaves a complete vault, the old or the new one, or none, and "open" leaves only complete files.)";
 
 /// The algorithm names on the command line, which are those of the library in lower case
-const QMap<QString, Algorithm>& algorithms()
-{
-    static const QMap<QString, Algorithm> byName = {
-        {"aes128", Aes128}, {"aes192", Aes192}, {"aes256", Aes256}, {"des", Des}, {"des112", Des112}, {"des3", Des3}};
-    return byName;
-}
+const QMap<QString, Algorithm> Algorithms = {
+    {"aes128", Aes128}, {"aes192", Aes192}, {"aes256", Aes256}, {"des", Des}, {"des112", Des112}, {"des3", Des3}};
 
 int numberOf(const QCommandLineParser& parser, const QString& option, int smallest, int largest)
 {
@@ -100,15 +96,15 @@ int jobsWithFiles(int jobs)
 {
     constexpr rlim_t FilesPerJob = 16; // when sealing: eight files and their sealed files
     constexpr rlim_t OtherFiles = 64;
-    const rlim_t wanted = OtherFiles + FilesPerJob * rlim_t(jobs);
-    rlimit limit{};
-    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur >= wanted)
-        return jobs;
-    limit.rlim_cur = std::min(limit.rlim_max, wanted);
-    ::setrlimit(RLIMIT_NOFILE, &limit);
-    ::getrlimit(RLIMIT_NOFILE, &limit);
-    return limit.rlim_cur < OtherFiles + FilesPerJob ? 1
-                                                     : std::min(jobs, int((limit.rlim_cur - OtherFiles) / FilesPerJob));
+    for (rlimit limit{}; ::getrlimit(RLIMIT_NOFILE, &limit) == 0; --jobs) {
+        const rlim_t wanted = OtherFiles + FilesPerJob * rlim_t(jobs);
+        if (limit.rlim_cur >= wanted)
+            break;
+        limit.rlim_cur = wanted;
+        if (::setrlimit(RLIMIT_NOFILE, &limit) == 0 || jobs == 1)
+            break;
+    }
+    return jobs;
 }
 
 void runCommand(const QString& command, QStringList arguments, const Options& options, Report& report)
@@ -129,7 +125,7 @@ void runCommand(const QString& command, QStringList arguments, const Options& op
 
 void run(Report& report)
 {
-    const QString names = QStringList(algorithms().keys()).join(", ");
+    const QString names = QStringList(Algorithms.keys()).join(", ");
     QCommandLineParser parser;
     parser.setApplicationDescription(Description);
     parser.addOptions({
@@ -163,7 +159,7 @@ void run(Report& report)
             fail("--%1 is only for \"seal\"", QString(option));
     }
     Options options;
-    options.algorithm = algorithms().value(parser.value("algorithm"), None);
+    options.algorithm = Algorithms.value(parser.value("algorithm"), None);
     if (parser.isSet("algorithm") && options.algorithm == None)
         fail("--algorithm has to be one of %1", names);
     if (parser.isSet("iterations"))
