@@ -165,46 +165,6 @@ void requireValid(const Entries& entries, int format)
         refuse("sealed file", (*twice)->nameInVault());
 }
 
-/// Parses the plain text of a manifest, which arrives in chunks.
-class EntryReader {
-public:
-    EntryReader(const VaultHead& head, const Entries& known) : m_head(head), m_known(known.begin()), m_end(known.end())
-    {
-    }
-
-    void addData(const char* data, qint64 size)
-    {
-        m_rest.append(data, int(size));
-        int begin = 0;
-        for (int end = m_rest.indexOf('\n'); end >= 0; end = m_rest.indexOf('\n', begin)) {
-            Entry entry = fromLine(QByteArray::fromRawData(m_rest.constData() + begin, end - begin), m_head);
-            m_known = std::find_if(m_known, m_end, [&](const Entry& known) { return !(known.path < entry.path); });
-            if (m_known != m_end && m_known->path == entry.path)
-                entry.path = m_known->path; // the same string, which saves memory
-            m_entries.push_back(std::move(entry));
-            begin = end + 1;
-        }
-        m_rest.remove(0, begin);
-        if (m_rest.size() > LongestLine)
-            fail<InvalidData>("the manifest is damaged: a line is too long");
-    }
-
-    Entries finish()
-    {
-        if (!m_rest.isEmpty())
-            fail<InvalidData>("the manifest is damaged: its last line has no end");
-        requireValid(m_entries, m_head.format);
-        return std::move(m_entries);
-    }
-
-private:
-    const VaultHead& m_head;
-    Entries::const_iterator m_known;
-    const Entries::const_iterator m_end;
-    QByteArray m_rest; // the beginning of the next line
-    Entries m_entries;
-};
-
 /// Throws unless the manifest was written with these keys and has not been changed. Leaves it where its IV begins.
 void requireAuthentic(QFile& manifest, const VaultHead& head, const VaultKeys& keys)
 {
@@ -340,17 +300,38 @@ Entries readManifest(const QString& vault, const VaultHead& head, const VaultKey
     const auto manifest = QSharedPointer<QFile>::create(head.manifestPath(vault));
     if (openToRead(*manifest, manifest->fileName() + ": ").st_size > LargestManifest)
         fail<InvalidData>("%1 is damaged: it is too large", manifest->fileName());
-    EntryReader reader(head, known);
+
+    Entries entries;
+    QByteArray rest; // the beginning of the next line
+    auto sameOrNext = known.begin();
+    const auto parse = [&](const char* data, qint64 size) {
+        rest.append(data, int(size));
+        int begin = 0;
+        for (int end = rest.indexOf('\n'); end >= 0; end = rest.indexOf('\n', begin)) {
+            Entry entry = fromLine(QByteArray::fromRawData(rest.constData() + begin, end - begin), head);
+            while (sameOrNext != known.end() && ByPath()(*sameOrNext, entry))
+                ++sameOrNext;
+            if (sameOrNext != known.end() && sameOrNext->path == entry.path)
+                entry.path = sameOrNext->path; // the same string, which saves memory
+            entries.push_back(std::move(entry));
+            begin = end + 1;
+        }
+        rest.remove(0, begin);
+        if (rest.size() > LongestLine)
+            fail<InvalidData>("the manifest is damaged: a line is too long");
+    };
     if (head.format == 1) {
         const QByteArray lines = firstFormatLines(manifest, head, keys);
-        reader.addData(lines.constData(), lines.size());
+        parse(lines.constData(), lines.size());
     } else {
         requireAuthentic(*manifest, head, keys);
         const QByteArray iv = manifest->read(Key::ivLength(head.algorithm));
-        keys.run(
-            VaultKeys::Decrypt, iv, manifest, [&reader](const char* data, qint64 size) { reader.addData(data, size); });
+        keys.run(VaultKeys::Decrypt, iv, manifest, parse);
     }
-    return reader.finish();
+    if (!rest.isEmpty())
+        fail<InvalidData>("the manifest is damaged: its last line has no end");
+    requireValid(entries, head.format);
+    return entries;
 }
 
 } // namespace orvseal

@@ -41,22 +41,23 @@ public:
     /// Returns the head of a complete vault; nothing if the vault is new or was never finished.
     const std::optional<VaultHead>& open()
     {
-        m_isNewDirectory = !exists(m_path);
-        if (m_isNewDirectory)
+        if (!exists(m_path)) {
             makeDirectory(m_path);
+            m_isNewDirectory = true;
+        }
         lock();
         m_hasHead = exists(m_path + HeadFile);
-        if (m_hasHead) {
-            const VaultHead head = readHead(m_path);
-            if (exists(head.manifestPath(m_path))) {
-                requireManifest(m_path, head); // and "data"
-                m_oldHead = head;
+        if (!m_hasHead) {
+            for (const auto& item : fs::directory_iterator(nativePath(m_path))) {
+                if (item.path().filename() != "lock" && item.path().filename() != "vault.json.new")
+                    fail("%1 exists and is neither a vault nor an empty directory", m_path);
             }
             return m_oldHead;
         }
-        for (const auto& item : fs::directory_iterator(nativePath(m_path))) {
-            if (item.path().filename() != "lock" && item.path().filename() != "vault.json.new")
-                fail("%1 exists and is neither a vault nor an empty directory", m_path);
+        const VaultHead head = readHead(m_path);
+        if (exists(head.manifestPath(m_path))) {
+            requireManifest(m_path, head); // and "data"
+            m_oldHead = head;
         }
         return m_oldHead;
     }
@@ -117,7 +118,7 @@ private:
         if (m_lock.tryLock(0))
             return;
         // A run that was killed just after it had created its lock left it empty, without a number. The lock of a run
-        // that still goes on is not removed: the system keeps it locked.
+        // that still works is not removed: the system keeps it locked.
         const auto isEmpty = [&] { return fs::file_size(path, error) == 0; };
         constexpr int WritingTime = 100; // ms, more than enough for a run to write its lock
         if (isEmpty() &&

@@ -166,8 +166,7 @@ void run(Report& report)
         options.iterations = numberOf(parser, "iterations", Key::ITERATION_ADVANCED, MostIterations);
     options.jobs = jobsWithFiles(numberOf(parser, "jobs", 1, MostJobs));
     options.force = parser.isSet("force");
-    if (parser.isSet("password-file"))
-        options.passwordFile = pathOf(parser.value("password-file"));
+    options.passwordFile = pathOf(parser.value("password-file"));
 
     startLog(pathOf(parser.value("log-dir")));
     Orv::OrvDebug("orvseal").info() << command << "begins," << Orv::Core::Version::string();
