@@ -100,8 +100,8 @@ int jobsWithFiles(int jobs)
         const rlim_t wanted = OtherFiles + FilesPerJob * rlim_t(jobs);
         if (limit.rlim_cur >= wanted)
             break;
-        limit.rlim_cur = wanted;
-        if (::setrlimit(RLIMIT_NOFILE, &limit) == 0 || jobs == 1)
+        limit.rlim_cur = std::min(limit.rlim_max, wanted);
+        if ((::setrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur == wanted) || jobs == 1)
             break;
     }
     return jobs;
