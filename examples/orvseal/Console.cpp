@@ -11,8 +11,8 @@
 #include <QTextStream>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
@@ -27,7 +27,6 @@ constexpr qint64 LineInterval = 5000;      // ms
 
 // For one entry, and behind the number of several; in the order of Report::Note
 constexpr const char* NoteTexts[Report::NoteCount][2] = {
-    {"the vault was incomplete, without a manifest; everything was sealed anew", ""},
     {"1 sealed file was missing or had a wrong size; its source was read again",
         " sealed files were missing or had wrong sizes; their sources were read again"},
     {"1 entry has extended attributes, which are not kept", " entries have extended attributes, which are not kept"},
@@ -50,11 +49,18 @@ QByteArray typedPassword(const char* prompt)
     const auto restore = qScopeGuard([&before] { ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &before); });
 
     std::fputs(prompt, stderr);
-    QByteArray line(LongestPassword, '\0');
-    const bool isTyped = std::fgets(line.data(), line.size(), stdin) != nullptr;
-    stopIfInterrupted();
+    QByteArray password; // may contain any byte but a newline
+    for (char character = 0; password.size() < LongestPassword;) {
+        const ssize_t count = ::read(STDIN_FILENO, &character, 1);
+        stopIfInterrupted();
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0 || character == '\n')
+            break;
+        password += character;
+    }
     std::fputs("\n", stderr); // the typed one had no echo either
-    return isTyped ? line.left(int(std::strcspn(line.constData(), "\n"))) : QByteArray();
+    return password;
 }
 
 QByteArray promptedPassword(bool confirmed)

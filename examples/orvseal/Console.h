@@ -29,7 +29,7 @@ QByteArray obtainPassword(const QString& passwordFile, bool confirmed);
 class Report {
 public:
     /// Remarks that are no problems; `finish()` prints how many entries each one concerns. `NoteTexts` explains them.
-    enum Note { Incomplete, Damaged, Attributes, AccessList, SetIdBits, Foreign, LeftOver, NoteCount };
+    enum Note { Damaged, Attributes, AccessList, SetIdBits, Foreign, LeftOver, NoteCount };
 
     /// Prints what is about to be done, for instance "sealing" and how much.
     void begin(const QString& activity, qint64 files, qint64 bytes);

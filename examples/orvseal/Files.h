@@ -16,7 +16,8 @@ std::filesystem::path nativePath(const QString& path);
 /// Does not follow a link; `not_found` also if the parent is missing. Throws if the type cannot be read: what may exist
 /// must not count as missing.
 std::filesystem::file_type typeOf(const QString& path);
-bool exists(const QString& path); ///< the same
+/// Whether something is there, a dangling link included. Throws like `typeOf`.
+bool exists(const QString& path);
 /// Throws the reason if `error` is one.
 void throwIf(const std::error_code& error);
 

@@ -76,8 +76,8 @@ struct ByPath {
 const Entry* find(const Entries& entries, const QString& path);
 /// The file of that path; null if there is none, or something else.
 const Entry* findFile(const Entries& entries, const QString& path);
-/// Completes a part of `all` that lacks files to which it has hard links, and which are not in `others` either: the
-/// first link to such a file becomes that file, and the rest link to it.
+/// Completes a part of `all`, valid entries, that lacks files to which it has hard links, and which are not in `others`
+/// either: the first link to such a file becomes that file, and the rest link to it.
 void completeHardLinks(Entries& part, const Entries& all, const Entries& others);
 
 /// The names in the vault's data directory that belong to none of the entries.

@@ -19,7 +19,7 @@ namespace orvseal {
 namespace {
 
 constexpr std::size_t LargestGroup = 8;    // files; the library encrypts as many at a time
-constexpr int DefaultIterations = 1300000; // about half a second; OWASP's advice for PBKDF2-HMAC-SHA1
+constexpr int DefaultIterations = 1300000; // a third of a second; OWASP's advice for PBKDF2-HMAC-SHA1
 
 /// Writes to a vault, locked against other runs. Unless the update is finished, its destructor leaves the vault as it
 /// was before: complete, or an empty directory, or nothing.
@@ -77,7 +77,8 @@ public:
         m_hasBegun = true;
         if (m_oldHead)
             return;
-        m_report.count(Report::Incomplete, m_hasHead);
+        if (m_hasHead)
+            print(m_path + " is incomplete, without a manifest; everything is sealed anew");
         writeHead(m_path, newHead);
         if (!exists(m_path + DataDirectory))
             makeDirectory(m_path + DataDirectory);
@@ -117,13 +118,16 @@ private:
         m_lock.setStaleLockTime(0); // a run may take days; a process that has ended is known by its number
         if (m_lock.tryLock(0))
             return;
-        // A run that was killed just after it had created its lock left it empty, without a number. The lock of a run
-        // that still works is not removed: the system keeps it locked.
-        const auto isEmpty = [&] { return fs::file_size(path, error) == 0; };
-        constexpr int WritingTime = 100; // ms, more than enough for a run to write its lock
-        if (isEmpty() &&
-            (m_lock.tryLock(WritingTime) || (isEmpty() && m_lock.removeStaleLockFile() && m_lock.tryLock(0))))
-            return;
+        // A run that was killed just after it had created its lock left it empty, without a number: such a lock counts
+        // by its age. While a run works, the system keeps its lock from being removed.
+        if (fs::file_size(path, error) == 0) {
+            constexpr int WritingTime = 100; // ms, more than enough for a run to write its lock
+            m_lock.setStaleLockTime(WritingTime);
+            const bool isLocked = m_lock.tryLock(3 * WritingTime);
+            m_lock.setStaleLockTime(0);
+            if (isLocked)
+                return;
+        }
         if (m_lock.error() == QLockFile::LockFailedError)
             fail("another run is writing to %1; if there is none, remove %2", m_path, name);
         fail("%1 is not a directory, or cannot be written", m_path);

@@ -65,7 +65,7 @@ QByteArray StrictObject::bytes(const char* name, int size) const
 
 bool isVaultName(const QString& name)
 {
-    static const QRegularExpression form("\\A((vault\\.json|manifest|manifest-2)(\\.new)?|data|lock)\\z");
+    static const QRegularExpression form("\\A((vault\\.json|manifest|manifest-2)(\\.new)?|data|lock(\\.rmlock)?)\\z");
     return form.match(name).hasMatch();
 }
 

@@ -16,7 +16,7 @@
 /// that is read from a vault is checked before it is used: a vault may come from anywhere.
 namespace orvseal {
 
-constexpr int MostIterations = 2000000; ///< takes a second or two; vaults that want more are refused
+constexpr int MostIterations = 2000000; ///< takes about half a second; vaults that want more are refused
 
 struct VaultHead {
     int format = 0;

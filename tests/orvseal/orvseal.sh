@@ -257,7 +257,7 @@ check_incomplete_vault() {
     expect_refusal list vault
     expect_absent target
     expect_status 0 seal source vault # which finishes it
-    expect_line out 'the vault was incomplete, without a manifest; everything was sealed anew'
+    expect_line out 'vault is incomplete, without a manifest; everything is sealed anew'
     expect_status 0 seal source vault
     ! grep -q incomplete out || fail "a complete vault is called incomplete"
     expect_status 0 verify vault

@@ -18,11 +18,11 @@ namespace Orv::Core::Encryption {
 
 namespace {
 
-// As words in the machine's byte order; wiped when they end
+// As words in the machine's byte order; wiped by their destructors
 constexpr size_t HashSize = SHA1::DIGESTSIZE / sizeof(word32);
 constexpr size_t BlockSize = SHA1::BLOCKSIZE / sizeof(word32);
-using Hash = CryptoPP::FixedSizeSecBlock<word32, HashSize>;
-using Block = CryptoPP::FixedSizeSecBlock<word32, BlockSize>;
+using Hash = CryptoPP::FixedSizeAlignedSecBlock<word32, HashSize>;
+using Block = CryptoPP::FixedSizeAlignedSecBlock<word32, BlockSize>;
 
 /// The state of SHA-1 after one block: the password, combined with `pad`.
 Hash stateAfter(SecByteBlock password, CryptoPP::byte pad)
@@ -59,7 +59,7 @@ void pbkdf2(SecByteBlock& key, const QByteArray& password, const QByteArray& sal
         hmac.Update(digest, sizeof(number));
         hmac.Final(digest);
 
-        Block block; // a hash, and the end of a message that has one block in front of it
+        Block block; // a hash, and the padding that SHA-1 gives a block and a hash
         CryptoPP::GetUserKey(BIG_ENDIAN_ORDER, block.data(), BlockSize, digest, digest.size());
         Hash sum;
         std::copy_n(block.begin(), HashSize, sum.begin());
