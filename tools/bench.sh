@@ -3,7 +3,8 @@
 # README's table.
 # usage: tools/bench.sh [--quick]    --quick: a short run that stores nothing, to see that it works
 #        tools/bench.sh --compare CMAKE_OPTION...
-#   prints how a build with these options (-DORV_QT_MAJOR=6, -DORV_HARDEN=OFF) differs from one without them
+#   prints how a build with these options (-DORV_QT_MAJOR=6, -DORV_HARDEN=OFF) differs from one without them, in times
+#   and in executed instructions; takes half an hour, and needs an idle machine for the times
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -24,6 +25,7 @@ if [ "${1:-}" = --compare ]; then
     build "$build-compared" "${@:2}"
     python3 benchmarks/compare.py {"$build","$build-compared"}/benchmarks/orvBench 9 \
         --benchmark_min_time=0.01 --benchmark_filter='-growth.*'
+    python3 benchmarks/instructions.py {"$build","$build-compared"}/benchmarks/orvBench
     exit
 fi
 

@@ -11,7 +11,7 @@ brew_qt=qt@5
 for purpose in "$@"; do
     case $purpose in
     benchmarks)
-        debian_packages+=(libbenchmark-dev libqca-qt5-2-dev libqca-qt5-2-plugins libspdlog-dev gnuplot-nox python3)
+        debian_packages+=(libbenchmark-dev libqca-qt5-2-dev libqca-qt5-2-plugins libspdlog-dev gnuplot-nox python3 valgrind)
         brew_formulas+=(google-benchmark spdlog gnuplot python3)
         ;;
     abi)
