@@ -10,7 +10,7 @@ namespace Orv::Core::Encryption {
 ///
 /// The same as Crypto++'s `PKCS5_PBKDF2_HMAC<SHA1>`, which compresses four blocks of SHA-1 in each iteration: the
 /// padded password again for both halves of the HMAC. Here that is done once (RFC 2104, section 4), which takes
-/// less than half the time.
+/// about half the time.
 void pbkdf2(CryptoPP::SecByteBlock& key, const QByteArray& password, const QByteArray& salt, unsigned iterations);
 
 } // namespace Orv::Core::Encryption
