@@ -324,6 +324,8 @@ check_two_runs_at_once() {
         expect_refusal seal source vault
         [ -e vault/lock ] || fail "the lock of another run is gone"
         exec 9<&-
+    else
+        echo "    in part: without flock, no other run can be imitated"
     fi
     expect_status 0 seal source vault
     expect_absent vault/lock
